@@ -7,12 +7,22 @@ Clock g_systemClock;
 Clock *g_clock = &g_systemClock;
 } // namespace
 
-QDateTime Clock::currentDateTime() const { return QDateTime::currentDateTime(); }
+QDateTime Clock::currentDateTime() const {
+    return QDateTime::currentDateTime();
+}
 
-QDateTime Clock::now() { return g_clock->currentDateTime(); }
-QDate Clock::today() { return now().date(); }
-qint64 Clock::msecsSinceEpoch() { return now().toMSecsSinceEpoch(); }
+QDateTime Clock::now() {
+    return g_clock->currentDateTime();
+}
+QDate Clock::today() {
+    return now().date();
+}
+qint64 Clock::msecsSinceEpoch() {
+    return now().toMSecsSinceEpoch();
+}
 
-void Clock::setInstance(Clock *clock) { g_clock = clock ? clock : &g_systemClock; }
+void Clock::setInstance(Clock *clock) {
+    g_clock = clock ? clock : &g_systemClock;
+}
 
 } // namespace km

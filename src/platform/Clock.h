@@ -11,7 +11,7 @@ class Clock {
 public:
     virtual ~Clock() = default;
 
-    static QDateTime now();       // local date and time
+    static QDateTime now(); // local date and time
     static QDate today();
     static qint64 msecsSinceEpoch();
 

@@ -7,10 +7,10 @@ namespace km::cp1252 {
 namespace {
 
 // 0x80..0x9F; the undefined positions keep their own code as a C1 control.
-constexpr std::array<char16_t, 32> kHigh = {
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+constexpr std::array<char16_t, 32> kHigh = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                            0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
+                                            0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                            0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
 } // namespace
 
@@ -29,14 +29,16 @@ unsigned char toByte(QChar ch) {
 
 QByteArray toBytes(QStringView text) {
     QByteArray out(text.size(), Qt::Uninitialized);
-    for (qsizetype i = 0; i < text.size(); ++i) out[i] = static_cast<char>(toByte(text[i]));
+    for (qsizetype i = 0; i < text.size(); ++i)
+        out[i] = static_cast<char>(toByte(text[i]));
     return out;
 }
 
 QString fromBytes(const unsigned char *data, qsizetype size) {
     QString out(size, Qt::Uninitialized);
     QChar *d = out.data();
-    for (qsizetype i = 0; i < size; ++i) d[i] = toChar(data[i]);
+    for (qsizetype i = 0; i < size; ++i)
+        d[i] = toChar(data[i]);
     return out;
 }
 
@@ -46,7 +48,8 @@ QString fromBytes(const QByteArray &bytes) {
 
 SecureBytes toSecureBytes(QStringView text) {
     SecureBytes out(static_cast<std::size_t>(text.size()));
-    for (qsizetype i = 0; i < text.size(); ++i) out[static_cast<std::size_t>(i)] = toByte(text[i]);
+    for (qsizetype i = 0; i < text.size(); ++i)
+        out[static_cast<std::size_t>(i)] = toByte(text[i]);
     return out;
 }
 

@@ -46,6 +46,12 @@ constexpr int NotAStore = 3343;        // "unrecognised database format": not a 
 constexpr int FileExists = 3204;
 constexpr int TransactionError = 3034;
 constexpr int Constraint = 3163;       // value too large for the field (fSec over 255, ...)
+constexpr int DuplicateKey = 3022;     // a row id that is there already
+constexpr int InvalidBookmark = 3159;  // a bookmark of no row of this row set
+constexpr int RecordDeleted = 3167;    // the current row has been deleted
+constexpr int TableNotFound = 3078;
+constexpr int CannotExecuteSelect = 3065; // Execute given a SELECT
+constexpr int ObjectClosed = 3420;     // the row set or database has been closed
 } // namespace EngineErr
 
 class EngineError : public std::runtime_error {
@@ -131,7 +137,7 @@ public:
 
     std::unique_ptr<RowSet> OpenRowSet(const QString &nameOrSql, int kind = Dynaset);
 
-    // DELETE / INSERT statements; returns the number of rows affected.
+    // DELETE / INSERT / UPDATE statements; returns the number of rows affected.
     qint64 Execute(const QString &jetSql);
 
     // Nestable: the outermost pair is the transaction, inner ones savepoints.

@@ -23,8 +23,12 @@ std::mt19937_64 &generator() {
 
 } // namespace
 
-double Rnd() { return static_cast<double>(generator()() >> 11) * 0x1.0p-53; }
+double Rnd() {
+    return static_cast<double>(generator()() >> 11) * 0x1.0p-53;
+}
 
-std::int64_t RndInt(std::int64_t n) { return static_cast<std::int64_t>(Rnd() * static_cast<double>(n)); }
+std::int64_t RndInt(std::int64_t n) {
+    return static_cast<std::int64_t>(Rnd() * static_cast<double>(n));
+}
 
 } // namespace km

@@ -18,8 +18,12 @@ Dialogs *g_ui = &g_silent;
 
 } // namespace
 
-Dialogs &ui() { return *g_ui; }
-void setUi(Dialogs *dialogs) { g_ui = dialogs ? dialogs : &g_silent; }
+Dialogs &ui() {
+    return *g_ui;
+}
+void setUi(Dialogs *dialogs) {
+    g_ui = dialogs ? dialogs : &g_silent;
+}
 
 Answer ShowMessage(int row, Buttons buttons, Answer defaultButton, Icon icon) {
     return ui().message(LanguageUS::MessageText(row), buttons, defaultButton, icon);

@@ -11,6 +11,7 @@
 
 #include <QByteArray>
 #include <QDateTime>
+#include <QMetaType>
 #include <QString>
 #include <QVariant>
 
@@ -104,3 +105,5 @@ QString DateText(const QDateTime &dt);
 QDateTime ParseDateText(const QString &text);
 
 } // namespace CONVERSION
+
+Q_DECLARE_METATYPE(CONVERSION::Currency)

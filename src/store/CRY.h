@@ -81,12 +81,12 @@ SecureBytes UnsealString(const QByteArray &sealed, const SecureBytes &password);
 
 // ---- Verifier form ----
 // direction -1 encrypts, 0 decrypts; returns "" when the decrypted pad is wrong.
-QByteArray BlockCipherText(const QByteArray &text, const SecureBytes &password, int direction,
-                           int blockBits, int keyBits);
+QByteArray BlockCipherText(const QByteArray &text, const SecureBytes &password, int direction, int blockBits,
+                           int keyBits);
 
 // ---- Hashes and random values ----
-SecureBytes HashKey(const SecureBytes &bytes); // 80 rounds of SHA-256
-SecureBytes HashKey(const QString &text);      // of cp1252 bytes
+SecureBytes HashKey(const SecureBytes &bytes);  // 80 rounds of SHA-256
+SecureBytes HashKey(const QString &text);       // of cp1252 bytes
 SecureBytes HashPass(const SecureBytes &bytes); // 47 rounds of SHA-1 (19-byte feed-back)
 SecureBytes HashPass(const QString &text);
 SecureBytes RandomBytes(int n);

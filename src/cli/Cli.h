@@ -1,0 +1,77 @@
+// The frame of kmd: parsed arguments, the output streams, the login to a
+// store, and the table of commands. Each group of commands lives in its own
+// file and registers itself with a static Registration.
+#pragma once
+
+#include <functional>
+#include <optional>
+
+#include <QString>
+#include <QStringList>
+#include <QTextStream>
+
+namespace cli {
+
+// Exit statuses.
+constexpr int ExitOk = 0;
+constexpr int ExitFailure = 1;
+constexpr int ExitWrongPassphrase = 2;
+constexpr int ExitUsage = 64;
+
+struct Context {
+    QStringList positional;     // arguments after the command name, options taken out
+    QStringList options;        // "--name" or "--name=value" as given
+    QTextStream *out = nullptr; // one record a line
+    QTextStream *err = nullptr; // the system's own messages
+    QString passphraseFile;     // --passphrase-file FILE
+
+    bool flag(const QString &name) const;                    // --name present
+    std::optional<QString> value(const QString &name) const; // --name=value or --name value
+    // Writes the message to stderr and returns the status.
+    int fail(const QString &message, int status = ExitFailure) const;
+};
+
+// Opens the store at path and logs in with the passphrase from
+// --passphrase-file or the terminal. On failure prints the message and
+// returns the exit status; on success returns 0 and the store is the
+// session's (db::Store()) with its key table loaded until CloseSession.
+int Login(Context &ctx, const QString &path);
+void CloseSession();
+
+struct Command {
+    QString name;
+    QString usage; // one line: "kmd name ARGS..."
+    std::function<int(Context &)> run;
+};
+
+void Register(const Command &command);
+const QList<Command> &Commands();
+
+struct Registration {
+    explicit Registration(const Command &command) { Register(command); }
+};
+
+// Section-specific halves of the record commands (add), by section code.
+using SectionAdd = std::function<int(Context &, const QStringList &assignments)>;
+void RegisterSectionAdd(int section, SectionAdd add);
+std::optional<SectionAdd> SectionAddFor(int section);
+
+// "name=value" assignments into pairs; a malformed one is an error.
+std::optional<QList<QPair<QString, QString>>> ParseAssignments(const QStringList &items, QString *bad);
+
+} // namespace cli
+
+namespace km {
+class RowSet;
+}
+
+namespace cli {
+
+// Row checks of kmd check, by section code: the row set stands on a row of
+// that section whose payload has been decrypted into clear; returns false
+// and says why when the row's derived columns disagree with its record.
+using SectionCheck = std::function<bool(km::RowSet &row, const QByteArray &clear, QString *why)>;
+void RegisterSectionCheck(int section, SectionCheck check);
+std::optional<SectionCheck> SectionCheckFor(int section);
+
+} // namespace cli

@@ -1,0 +1,316 @@
+// The store file's life: create, open with its whole check sequence, repair,
+// compact, sweep and close.
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include "platform/EngineMaintenance.h"
+#include "platform/Environment.h"
+#include "platform/Registry.h"
+#include "shell/Dialogs.h"
+#include "shell/LanguageUS.h"
+#include "store/CRY.h"
+#include "store/Passphrase.h"
+#include "store/Record_Get.h"
+#include "store/Record_Put.h"
+#include "store/Startvariables.h"
+#include "store/Users.h"
+#include "store/db.h"
+
+namespace db {
+
+namespace {
+
+const char *const RecentFileValue = "MostRecentFiles\\1";
+const char *const LastUserValue = "User\\LastUser";
+
+km::Answer say(int row, km::Buttons buttons = km::Buttons::OK, km::Answer def = km::Answer::OK,
+               km::Icon icon = km::Icon::Exclamation) {
+    return km::ShowMessage(row, buttons, def, icon);
+}
+
+[[noreturn]] void endWith(int row) {
+    say(row, km::Buttons::OK, km::Answer::OK, km::Icon::Critical);
+    throw km::ProgramEnd{1, row};
+}
+
+} // namespace
+
+void LoadRecentFiles() {
+    state().DatabasePath = km::RegRead(RecentFileValue);
+    state().LastUser = km::RegRead(LastUserValue);
+}
+
+void SaveRecentFiles() {
+    km::RegWrite(RecentFileValue, state().DatabasePath);
+    km::RegWrite(LastUserValue, state().LastUser);
+}
+
+int TestOpenFile(const QString &path) {
+    State &s = state();
+    if (s.DatabasePath.isEmpty()) return 0;
+    int err = 0;
+    try {
+        km::StoreDb::OpenDatabase(path, false, true)->Close();
+    } catch (const km::EngineError &e) {
+        err = e.number();
+        if (err == km::EngineErr::Damaged) {
+            const QString text = e.description() + QStringLiteral("\r\n\r\n") + LanguageUS::MessageText(46);
+            if (km::ui().message(text, km::Buttons::YesNo, km::Answer::Yes, km::Icon::Question) ==
+                km::Answer::Yes)
+                err = RepairStore();
+        }
+    }
+    if (err != 0) s.DatabasePath.clear();
+    return err;
+}
+
+int ChooseStoreFile() {
+    State &s = state();
+    s.DatabasePath.clear();
+    km::FileDialogSpec spec;
+    spec.title = LanguageUS::MessageText(88);
+    spec.filters = {QStringLiteral("Kestrelmondarin KMD (*.kmd)"),
+                    LanguageUS::MessageText(87) + QStringLiteral(" (*.*)")};
+    spec.mustExist = true;
+    const auto chosen = km::ui().openFile(spec);
+    if (!chosen || chosen->isEmpty()) return km::DialogCancelledError;
+    s.DatabasePath = *chosen;
+    const int err = TestOpenFile(s.DatabasePath);
+    if (err != 0) {
+        say(51);
+        return err;
+    }
+    s.NewStore = false;
+    return 0;
+}
+
+int CreateStoreFile(const QString &path) {
+    try {
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        km::StoreDb::CreateDatabase(path);
+    } catch (const km::EngineError &e) {
+        return e.number();
+    }
+    return 0;
+}
+
+int CreateStore(const QString &fixedPath) {
+    State &s = state();
+    QString path = fixedPath;
+    if (path.isEmpty()) {
+        km::FileDialogSpec spec;
+        spec.title = LanguageUS::MessageText(89);
+        spec.filters = {QStringLiteral("Tavernholt KMD-files (*.kmd)")};
+        spec.overwritePrompt = true;
+        const auto chosen = km::ui().saveFile(spec);
+        if (!chosen || chosen->isEmpty()) return km::DialogCancelledError;
+        path = *chosen;
+    }
+    if (!QFileInfo(path).fileName().contains('.')) path += QStringLiteral(".kmd");
+    // The dialog has asked before replacing the file.
+    if (QFileInfo::exists(path) && !QFile::remove(path)) return km::EngineErr::AlreadyInUse;
+    s.DatabasePath = path;
+
+    int err = Passphrase::GetPassphrase(true);
+    if (err) return err;
+    err = CreateStoreFile(path);
+    if (err) {
+        Passphrase::Wipe();
+        return err;
+    }
+    try {
+        s.StoreDb = km::StoreDb::OpenDatabase(path, true, false);
+    } catch (const km::EngineError &e) {
+        Passphrase::Wipe();
+        return e.number();
+    }
+    err = Passphrase::CreateKeyRows();
+    if (err) {
+        CloseStore();
+        Passphrase::Wipe();
+        return err;
+    }
+    s.LastUser = Users::state().User.Name;
+    FinishOpen();
+    Passphrase::Wipe();
+    s.NewStore = true;
+    return 0;
+}
+
+void WriteVersionRow() {
+    StandardWrite w(Store(), QStringLiteral("fSec=1 And fSub=3"), 1);
+    w.setColumn(QStringLiteral("fSub"), 3);
+    w.setRecord(Record_Put::PackRecord({{2, Record_Put::tText}},
+                                       {QVariant(), QVariant(), QString::number(ProgramVersion)}));
+    w.Commit({true, true, true, true, true, true, true});
+}
+
+int ReadStoreVersion() {
+    auto rows =
+        Store().OpenRowSet(QStringLiteral("SELECT fEtx FROM tt WHERE fSec=1 And fSub=3"), km::Snapshot);
+    if (rows->RecordCount() == 0) return 0;
+    QStringList values;
+    Record_Get::UnpackRecord(values, rows->GetColumn("fEtx").toByteArray(), true);
+    return values.value(2).trimmed().toInt();
+}
+
+int OpenStore() {
+    State &s = state();
+    for (;;) {
+        ++s.OpenAttempts;
+        int err = Passphrase::GetPassphrase(false);
+        if (err) return err;
+        km::ui().status(QStringLiteral("Checking Database..."));
+        err = Passphrase::OpenKeyRows();
+        Passphrase::Wipe();
+        if (err == 0) break;
+        s.StoreDb.reset();
+        km::ui().status(QString());
+        const auto giveUp = [&]() -> int {
+            if (km::ui().mainWindowUp()) return err;
+            throw km::ProgramEnd{err == Passphrase::ErrWrongPassphrase ? 2 : 1, err < 0 ? -err : 0};
+        };
+        if (s.OpenAttempts >= 3) return giveUp();
+        const QString text = err < 0 ? LanguageUS::MessageText(-err) : LanguageUS::MessageText(97);
+        if (km::ui().message(text, km::Buttons::RetryCancel, km::Answer::Retry, km::Icon::Exclamation) ==
+            km::Answer::Cancel)
+            return giveUp();
+        km::ui().standBy(1200);
+    }
+    s.OpenAttempts = 0;
+
+    const int version = ReadStoreVersion();
+    if (version == 0)
+        WriteVersionRow();
+    else if (version > ProgramVersion) {
+        CloseStore();
+        endWith(94);
+    }
+    km::ui().status(QStringLiteral("Database Check OK. Opening..."));
+    s.LastUser = Users::state().User.Name;
+    FinishOpen();
+    km::ui().status(QString());
+    SweepDuplicates();
+    SaveRecentFiles();
+    return 0;
+}
+
+void FinishOpen() {
+    State &s = state();
+    if (!s.StoreDb) s.StoreDb = km::StoreDb::OpenDatabase(s.DatabasePath, true, false);
+    s.DbOpen = true;
+    Users::state().UnlockedSections = 0;
+    Users::LoadPin();
+    Startvariables::LoadStartVariables();
+    if (s.AfterOpen) s.AfterOpen();
+}
+
+int RepairStore() {
+    State &s = state();
+    try {
+        km::RepairDatabase(s.DatabasePath);
+    } catch (const km::EngineError &e) {
+        return e.number();
+    }
+    return TestOpenFile(s.DatabasePath);
+}
+
+void RepairDatabase(const QString &path) {
+    km::RepairDatabase(path);
+}
+
+void CompactInPlace() {
+    State &s = state();
+    const bool wasOpen = static_cast<bool>(s.StoreDb);
+    s.StoreDb.reset();
+    km::CompactInPlace(s.DatabasePath);
+    if (wasOpen) s.StoreDb = km::StoreDb::OpenDatabase(s.DatabasePath, true, false);
+}
+
+int SweepDuplicates() {
+    km::StoreDb &store = Store();
+    int removed = 0;
+    QList<int> sections;
+    {
+        auto rows = store.OpenRowSet(QStringLiteral("SELECT fSec FROM tt GROUP BY fSec HAVING fSec>10;"),
+                                     km::Snapshot);
+        for (; !rows->Eof(); rows->MoveNext())
+            sections << rows->GetColumn("fSec").toInt();
+    }
+    for (int section : sections) {
+        QList<QByteArray> doubled;
+        {
+            auto rows = store.OpenRowSet(
+                QStringLiteral("SELECT fT1 FROM tt WHERE fSec=%1 And Not(fT1 Is Null) GROUP BY fT1 "
+                               "HAVING (Count(fPK)>1);")
+                    .arg(section),
+                km::Snapshot);
+            for (; !rows->Eof(); rows->MoveNext())
+                doubled << rows->GetColumn("fT1").toByteArray();
+        }
+        if (doubled.isEmpty()) continue;
+        store.BeginTrans();
+        try {
+            auto rows =
+                store.OpenRowSet(QStringLiteral("SELECT * FROM tt WHERE fSec=%1").arg(section), km::Dynaset);
+            for (const QByteArray &value : doubled) {
+                bool first = true;
+                for (rows->MoveFirst(); !rows->Eof(); rows->MoveNext()) {
+                    if (rows->GetColumn("fT1").toByteArray() != value) continue;
+                    if (first) {
+                        first = false;
+                        continue;
+                    }
+                    rows->Delete();
+                    ++removed;
+                }
+            }
+            rows.reset();
+            store.CommitTrans();
+        } catch (...) {
+            store.Rollback();
+            throw;
+        }
+    }
+    return removed;
+}
+
+QString NewArchiveFile() {
+    QString path = state().DatabasePath;
+    if (path.isEmpty()) {
+        say(154);
+        return QString();
+    }
+    path.chop(1);
+    path += QLatin1Char('a');
+    if (!QFileInfo::exists(path) && CreateStoreFile(path) != 0) {
+        say(154);
+        return QString();
+    }
+    return path;
+}
+
+void CloseStore() {
+    State &s = state();
+    if (s.StoreDb && s.DbOpen) {
+        try {
+            Startvariables::SaveStartVariables();
+        } catch (const km::EngineError &) {
+            // The store is closing all the same; its keys must go.
+        }
+    }
+    CRY::UnloadKeyTable();
+    Passphrase::Wipe();
+    Users::Wipe();
+    s.StoreDb.reset();
+    s.DbOpen = false;
+    if (s.AfterClose) s.AfterClose();
+}
+
+void ExitProgram() {
+    if (state().StoreDb) CloseStore();
+    SaveRecentFiles();
+}
+
+} // namespace db
