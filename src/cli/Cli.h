@@ -36,7 +36,13 @@ struct Context {
 // returns the exit status; on success returns 0 and the store is the
 // session's (db::Store()) with its key table loaded until CloseSession.
 int Login(Context &ctx, const QString &path);
+// Closes the session's store (saving its settings rows only where a command
+// changed them) and wipes every key.
 void CloseSession();
+void KeepSettingsOnClose();
+// The store file test that comes before a login: 0, or the exit status after
+// the message ("File format not recognized." for a file that is no store).
+int TestStoreFile(Context &ctx, const QString &path);
 
 struct Command {
     QString name;
@@ -64,6 +70,13 @@ std::optional<QList<QPair<QString, QString>>> ParseAssignments(const QStringList
 namespace km {
 class RowSet;
 }
+
+namespace cli {
+class CliDialogs;
+// Installs the command line's dialogs; startWithNew: the first passphrase
+// entry is a new one (kmd create).
+CliDialogs &SetUpDialogs(Context &ctx, bool startWithNew);
+} // namespace cli
 
 namespace cli {
 

@@ -128,8 +128,8 @@ void CompactInPlace();
 int SweepDuplicates();
 // The archive store beside the store (".kma"); "" on failure (message 154).
 QString NewArchiveFile();
-// Saves the settings rows, wipes every key, closes the store.
-void CloseStore();
+// Saves the settings rows (unless told not to), wipes every key, closes the store.
+void CloseStore(bool saveSettings = true);
 // The store half of the program's end: CloseStore if open, the settings file's values.
 void ExitProgram();
 

@@ -291,9 +291,9 @@ QString NewArchiveFile() {
     return path;
 }
 
-void CloseStore() {
+void CloseStore(bool saveSettings) {
     State &s = state();
-    if (s.StoreDb && s.DbOpen) {
+    if (saveSettings && s.StoreDb && s.DbOpen) {
         try {
             Startvariables::SaveStartVariables();
         } catch (const km::EngineError &) {

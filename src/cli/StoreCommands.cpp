@@ -1,0 +1,173 @@
+// kmd commands on the store as a whole: create, info, check, passwd,
+// categories, compact, repair.
+#include <QFileInfo>
+
+#include "cli/Cli.h"
+#include "cli/CliDialogs.h"
+#include "platform/EngineMaintenance.h"
+#include "shell/LanguageUS.h"
+#include "store/CATEGORIES.h"
+#include "store/CRY.h"
+#include "store/Passphrase.h"
+#include "store/Record_Get.h"
+#include "store/Users.h"
+#include "store/db.h"
+
+namespace cli {
+
+namespace {
+
+int needArgs(Context &ctx, int n, const QString &usage) {
+    if (ctx.positional.size() < n) return ctx.fail(QStringLiteral("usage: ") + usage, ExitUsage);
+    return ExitOk;
+}
+
+int create(Context &ctx) {
+    if (int e = needArgs(ctx, 1, "kmd create STORE [--force]")) return e;
+    QString path = ctx.positional.at(0);
+    if (!QFileInfo(path).fileName().contains('.')) path += QStringLiteral(".kmd");
+    if (QFileInfo::exists(path) && !ctx.flag("force"))
+        return ctx.fail(QStringLiteral("The file exists already: %1 (use --force to replace it)").arg(path));
+    SetUpDialogs(ctx, true);
+    const int err = db::CreateStore(QFileInfo(path).absoluteFilePath());
+    if (err != 0) return ExitFailure;
+    KeepSettingsOnClose();
+    return ExitOk;
+}
+
+int info(Context &ctx) {
+    if (int e = needArgs(ctx, 1, "kmd info STORE")) return e;
+    if (int e = Login(ctx, ctx.positional.at(0))) return e;
+    QTextStream &out = *ctx.out;
+    out << "version\t" << db::ReadStoreVersion() << "\n";
+    out << "user\t" << Users::state().User.Name << "\n";
+    auto rows = db::Store().OpenRowSet(
+        QStringLiteral("SELECT fSec, Count(fPK) AS N FROM tt GROUP BY fSec ORDER BY fSec"), km::Snapshot);
+    for (; !rows->Eof(); rows->MoveNext())
+        out << rows->GetColumn("fSec").toInt() << "\t" << rows->GetColumn("N").toLongLong() << "\n";
+    return ExitOk;
+}
+
+// The checks every row can have, whatever its section.
+bool checkRow(km::RowSet &row, int section, int sub, QString *why) {
+    const QByteArray etx = row.GetColumn("fEtx").toByteArray();
+    if (section == 1 && (sub == 1 || sub == 2)) {
+        if (etx.size() < 32 || etx.size() % 16 != 0) return *why = "key row is not in sealed form", false;
+        return true;
+    }
+    if (section == 2) {
+        if (etx.size() < 32 || etx.size() % 16 != 0) return *why = "user row is not in sealed form", false;
+        const int verifier = static_cast<int>(row.GetColumn("fT3").toByteArray().size());
+        if (verifier < 24 || verifier > 29) return *why = "passphrase verifier has the wrong length", false;
+        QStringList pin(4);
+        if (!CRY::DecryptToPlainBytes(row.GetColumn("fT2").toByteArray()) ||
+            !Record_Get::UnpackRecord(pin, CRY::state().PlainBytes))
+            return *why = "PIN record does not decrypt", false;
+        for (QString &p : pin)
+            km::wipe(p);
+        return true;
+    }
+    const bool known =
+        section == 1 || section == 5 || section == 9 || section == 10 || (section >= 11 && section <= 19);
+    if (!known) return *why = QStringLiteral("no such section"), false;
+    if (!CRY::DecryptToPlainBytes(etx)) return *why = "payload does not decrypt", false;
+    const km::SecureBytes clear = CRY::state().PlainBytes;
+    QStringList values;
+    const bool clean = Record_Get::UnpackRecord(values, clear);
+    const int fields = static_cast<int>(values.size());
+    for (QString &v : values)
+        km::wipe(v);
+    if (!clean) return *why = "packed record is damaged", false;
+    if (section == 1 && sub == 3 && fields < 3) return *why = "version row holds no version", false;
+    if (section == 5 && fields != 24)
+        return *why = QStringLiteral("settings row holds %1 fields, not 24").arg(fields), false;
+    if (section == 9 && fields != 4) return *why = "field names row holds no four names", false;
+    if (section == 10 && fields % 2 != 0) return *why = "category list is not in pairs", false;
+    if (auto check = SectionCheckFor(section))
+        return (*check)(
+            row,
+            QByteArray(reinterpret_cast<const char *>(clear.data()), static_cast<qsizetype>(clear.size())),
+            why);
+    return true;
+}
+
+int check(Context &ctx) {
+    if (int e = needArgs(ctx, 1, "kmd check STORE")) return e;
+    if (int e = Login(ctx, ctx.positional.at(0))) return e;
+    QTextStream &out = *ctx.out;
+    auto rows = db::Store().OpenRowSet(QStringLiteral("SELECT * FROM tt ORDER BY fPK"), km::Snapshot);
+    qint64 total = 0, failed = 0;
+    for (; !rows->Eof(); rows->MoveNext()) {
+        ++total;
+        const int section = rows->GetColumn("fSec").toInt();
+        const int sub = rows->GetColumn("fSub").toInt();
+        if (section >= 11) {
+            // Every short text is decrypted too, as a list would.
+            for (const char *c : {"fT1", "fT2", "fT3"}) {
+                QString t = CRY::DecryptField(rows->GetColumn(c).toByteArray());
+                km::wipe(t);
+            }
+        }
+        QString why;
+        if (!checkRow(*rows, section, sub, &why)) {
+            ++failed;
+            out << "fail\t" << rows->GetColumn("fPK").toLongLong() << "\t" << section << "\t" << why << "\n";
+        }
+    }
+    out << "rows\t" << total << "\n";
+    out << "failed\t" << failed << "\n";
+    return failed == 0 ? ExitOk : ExitFailure;
+}
+
+int passwd(Context &ctx) {
+    if (int e = needArgs(ctx, 1, "kmd passwd STORE")) return e;
+    if (int e = Login(ctx, ctx.positional.at(0))) return e;
+    return Passphrase::ChangePassphrase() ? ExitOk : ExitFailure;
+}
+
+int categories(Context &ctx) {
+    if (int e = needArgs(ctx, 2, "kmd categories STORE SECTION")) return e;
+    bool ok = false;
+    const int section = ctx.positional.at(1).toInt(&ok);
+    if (!ok || section < 11 || section > 19)
+        return ctx.fail(QStringLiteral("No such section: %1").arg(ctx.positional.at(1)), ExitUsage);
+    if (int e = Login(ctx, ctx.positional.at(0))) return e;
+    CATEGORIES::LoadCategories(section);
+    const auto &s = CATEGORIES::state();
+    for (int i = 0; i < s.CategoryNames.size(); ++i)
+        *ctx.out << s.CategoryIds.at(i) << "\t" << s.CategoryNames.at(i) << "\n";
+    return ExitOk;
+}
+
+int compact(Context &ctx) {
+    if (int e = needArgs(ctx, 1, "kmd compact STORE")) return e;
+    SetUpDialogs(ctx, false);
+    if (int e = TestStoreFile(ctx, ctx.positional.at(0))) return e;
+    km::CompactInPlace(db::state().DatabasePath);
+    return ExitOk;
+}
+
+int repair(Context &ctx) {
+    if (int e = needArgs(ctx, 1, "kmd repair STORE")) return e;
+    SetUpDialogs(ctx, false);
+    const QString path = QFileInfo(ctx.positional.at(0)).absoluteFilePath();
+    if (!QFileInfo(path).isFile())
+        return ctx.fail(QStringLiteral("The file does not exist: %1").arg(ctx.positional.at(0)));
+    db::state().DatabasePath = path;
+    km::RepairDatabase(path);
+    km::CompactInPlace(path);
+    *ctx.err << LanguageUS::MessageText(166) << Qt::endl;
+    return ExitOk;
+}
+
+Registration r1({"create", "kmd create STORE [--force]", create});
+Registration r2({"info", "kmd info STORE", info});
+Registration r3({"check", "kmd check STORE", check});
+Registration r4({"passwd", "kmd passwd STORE", passwd});
+Registration r5({"categories", "kmd categories STORE SECTION", categories});
+Registration r6({"compact", "kmd compact STORE", compact});
+Registration r7({"repair", "kmd repair STORE", repair});
+
+} // namespace
+
+} // namespace cli
