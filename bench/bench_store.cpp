@@ -31,7 +31,7 @@ double msSince(Clock::time_point t0) {
 QString randomTitle(int i) {
     static const char *syllables[] = {"ka", "lo", "mi", "ne", "su", "ra", "te", "bo", "vi", "da", "go", "hu"};
     QString s;
-    s += QChar('A' + km::RndInt(26));
+    s += QChar(static_cast<char16_t>('A' + km::RndInt(26)));
     for (int k = 0; k < 5; ++k)
         s += QLatin1String(syllables[km::RndInt(12)]);
     return s + QString::number(i);

@@ -403,6 +403,7 @@ struct StoreDb::Impl {
     std::set<RowSet::Impl *> rowSets;
     QHash<QString, sqlite3_stmt *> statements;
     int statementsInUse = 0;
+    bool walMode = false;
 
     ~Impl() { close(); }
 
@@ -922,11 +923,23 @@ struct RowSet::Impl {
                 fail(EngineErr::RecordDeleted,
                      QStringLiteral("The record has been deleted in the meantime."));
         }
-        if (mode == Mode::Adding && store->hasFrame(frame)) store->releaseFrame(frame);
+        const bool added = mode == Mode::Adding;
+        if (added && store->hasFrame(frame)) store->releaseFrame(frame);
         frame = 0;
         mode = Mode::Idle;
+        if (added || live) {
+            pending.clear();
+            refresh(k);
+            return;
+        }
+        // An edited row of a SELECT holds what was just written: the values are
+        // already in their stored form, so the row need not be read back (the
+        // sort index renumbers whole buckets through here).
+        for (int col = 0; col < ncols; ++col) {
+            const auto it = pending.find(tableCols[static_cast<size_t>(col)]);
+            if (it != pending.end()) cells[static_cast<size_t>(index * ncols + col)] = it->second;
+        }
         pending.clear();
-        refresh(k);
     }
 
     // Reads the written row back, so the cursor shows what the file holds.
@@ -1017,6 +1030,12 @@ void StoreDb::Impl::close() {
     for (RowSet::Impl *rs : open)
         rs->close();
     clearStatements();
+    // Back to a plain rollback journal, so the closed store is one file that
+    // any reader, read-only ones included, can open as it is.
+    if (walMode) {
+        sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
+        sqlite3_exec(db, "PRAGMA journal_mode = DELETE", nullptr, nullptr, nullptr);
+    }
     sqlite3_close_v2(db); // rolls back whatever transaction is still open
     db = nullptr;
     frames.clear();
@@ -1222,7 +1241,20 @@ std::unique_ptr<StoreDb> StoreDb::OpenDatabase(const QString &path, bool exclusi
     }
     verifyStore(con.db);
     quickCheck(con.db);
+    // While a session holds the store alone, commits go to a write-ahead log
+    // (in exclusive locking mode, so without a shared-memory file): a save
+    // then waits for no disk flush, and the log is replayed at the next open
+    // should the program die before it is folded back in.
+    const bool wal = exclusive && !readOnly;
+    if (wal) {
+        execute(con.db, "PRAGMA journal_mode = WAL");
+        execute(con.db, "PRAGMA synchronous = NORMAL");
+        // Saves rewrite the same pages again and again (a bucket of the sort
+        // index at a time); a longer log folds them back in far fewer writes.
+        execute(con.db, "PRAGMA wal_autocheckpoint = 8192");
+    }
     auto impl = std::make_unique<Impl>();
+    impl->walMode = wal;
     impl->db = con.release();
     impl->path = path;
     return std::unique_ptr<StoreDb>(new StoreDb(std::move(impl)));
