@@ -160,6 +160,20 @@ int repair(Context &ctx) {
     return ExitOk;
 }
 
+int add(Context &ctx) {
+    if (int e = needArgs(ctx, 2, "kmd add STORE SECTION NAME=VALUE ...")) return e;
+    bool ok = false;
+    const int section = ctx.positional.at(1).toInt(&ok);
+    const auto handler = ok ? SectionAddFor(section) : std::nullopt;
+    if (!handler)
+        return ctx.fail(
+            QStringLiteral("Records of section %1 cannot be added here.").arg(ctx.positional.at(1)),
+            ExitUsage);
+    if (int e = Login(ctx, ctx.positional.at(0))) return e;
+    return (*handler)(ctx, ctx.positional.mid(2));
+}
+
+Registration r0({"add", "kmd add STORE SECTION NAME=VALUE ...  (see the section's own usage)", add});
 Registration r1({"create", "kmd create STORE [--force]", create});
 Registration r2({"info", "kmd info STORE", info});
 Registration r3({"check", "kmd check STORE", check});

@@ -95,6 +95,35 @@ CREATE INDEX fR5 ON tt (fR5);
 COMMIT;
 )";
 
+// What the query planner is told of tt's columns, whatever the rows really
+// hold: a section code or sub-kind picks out many rows, a plain number in fR1
+// to fR4 almost one. Without it the planner walks a whole section through the
+// fSec index where a range of fR3 (a calendar's days) or fR2 (a bucket of the
+// sort index) picks out a handful of rows.
+const char *const kPlannerFacts = R"(
+ANALYZE sqlite_schema;
+DELETE FROM sqlite_stat1 WHERE tbl = 'tt';
+INSERT INTO sqlite_stat1 (tbl, idx, stat) VALUES
+  ('tt', NULL, '100000'),
+  ('tt', 'fSec', '100000 10000'),
+  ('tt', 'fSub', '100000 1000'),
+  ('tt', 'fR1', '100000 2'),
+  ('tt', 'fR2', '100000 2'),
+  ('tt', 'fR3', '100000 2'),
+  ('tt', 'fR4', '100000 2'),
+  ('tt', 'fR5', '100000 50000');
+ANALYZE sqlite_schema;
+)";
+
+bool hasPlannerFacts(sqlite3 *db) {
+    sqlite3_stmt *st = nullptr;
+    if (sqlite3_prepare_v2(db, "SELECT count(*) FROM sqlite_stat1 WHERE tbl = 'tt'", -1, &st, nullptr) != SQLITE_OK)
+        return false;
+    const bool have = sqlite3_step(st) == SQLITE_ROW && sqlite3_column_int(st, 0) > 0;
+    sqlite3_finalize(st);
+    return have;
+}
+
 // Cursor queries of the live row set over tt.
 const QString kFirstRow = QStringLiteral("SELECT * FROM tt ORDER BY fPK LIMIT 1");
 const QString kLastRow = QStringLiteral("SELECT * FROM tt ORDER BY fPK DESC LIMIT 1");
@@ -1220,6 +1249,7 @@ void StoreDb::CreateDatabase(const QString &path) {
         Connection con;
         openConnection(con, path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
         execute(con.db, kCreateStore);
+        execute(con.db, kPlannerFacts);
         const int rc = sqlite3_close(con.release());
         if (rc != SQLITE_OK) fail(EngineErr::Generic, QString::fromUtf8(sqlite3_errstr(rc)));
     } catch (...) {
@@ -1246,6 +1276,7 @@ std::unique_ptr<StoreDb> StoreDb::OpenDatabase(const QString &path, bool exclusi
     // then waits for no disk flush, and the log is replayed at the next open
     // should the program die before it is folded back in.
     const bool wal = exclusive && !readOnly;
+    if (wal && !hasPlannerFacts(con.db)) execute(con.db, kPlannerFacts);
     if (wal) {
         execute(con.db, "PRAGMA journal_mode = WAL");
         execute(con.db, "PRAGMA synchronous = NORMAL");
