@@ -433,6 +433,22 @@ struct StoreDb::Impl {
     QHash<QString, sqlite3_stmt *> statements;
     int statementsInUse = 0;
     bool walMode = false;
+    QHash<quint32, QString> updateTexts; // by the mask of the columns written
+
+    // "UPDATE tt SET a = ?1, b = ?2 WHERE fPK = ?3" for a set of columns, made
+    // once: whole buckets of the sort index are renumbered through it.
+    const QString &updateSql(quint32 mask) {
+        auto it = updateTexts.find(mask);
+        if (it != updateTexts.end()) return *it;
+        QStringList sets;
+        int n = 0;
+        for (int col = 0; col < kColumnCount; ++col)
+            if (mask & (quint32(1) << col))
+                sets << QStringLiteral("%1 = ?%2").arg(QLatin1String(kColumnNames[col])).arg(++n);
+        return *updateTexts.insert(mask, QStringLiteral("UPDATE tt SET %1 WHERE fPK = ?%2")
+                                             .arg(sets.join(QStringLiteral(", ")))
+                                             .arg(n + 1));
+    }
 
     ~Impl() { close(); }
 
@@ -936,14 +952,11 @@ struct RowSet::Impl {
         requireRow();
         const qint64 k = currentKey();
         if (!pending.empty()) {
-            QStringList sets;
-            int n = 0;
+            quint32 mask = 0;
             for (const auto &entry : pending)
-                sets << QStringLiteral("%1 = ?%2").arg(QLatin1String(kColumnNames[entry.first])).arg(++n);
-            Statement st(*store, QStringLiteral("UPDATE tt SET %1 WHERE fPK = ?%2")
-                                     .arg(sets.join(QStringLiteral(", ")))
-                                     .arg(n + 1));
-            n = 0;
+                mask |= quint32(1) << entry.first;
+            Statement st(*store, store->updateSql(mask));
+            int n = 0;
             for (const auto &entry : pending)
                 st.bind(++n, entry.second);
             st.bind(n + 1, k);
