@@ -73,17 +73,15 @@ int occurrences(cli::Context &ctx) {
                         cli::ExitUsage);
     const int rc = cli::Login(ctx, ctx.positional.at(0));
     if (rc != 0) return rc;
-    int status = cli::ExitOk;
     try {
         for (const QString &line :
              CALENDAR::OccurrenceLines(from, to, ctx.flag(QStringLiteral("show-private"))))
             *ctx.out << line << '\n';
         ctx.out->flush();
     } catch (const km::EngineError &e) {
-        status = ctx.fail(QStringLiteral("%1 (%2)").arg(e.description()).arg(e.number()));
+        return ctx.fail(QStringLiteral("%1 (%2)").arg(e.description()).arg(e.number()));
     }
-    cli::CloseSession();
-    return status;
+    return cli::ExitOk;
 }
 
 [[maybe_unused]] const bool calendarSectionRegistered = [] {

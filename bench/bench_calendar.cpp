@@ -1,0 +1,227 @@
+// Calendar figures: a store of 20,000 single appointments over ten years and
+// 500 series of every kind; collecting the occurrences of a month grid (42
+// days) and of a year; writing 5,000 appointments onto 50 days through the
+// calendar's writer, the renumbering of each day's order included.
+//
+// With KM_BENCH_FIXED_STATS set, both stores get planner statistics first
+// (fixed sqlite_stat1 rows). Without them SQLite answers "fSec=12 AND fR3
+// Between ..." through the fSec index, visiting every calendar row, where the
+// fR3 index would find the day's rows.
+#include <benchmark/benchmark.h>
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <map>
+#include <vector>
+
+#include <QTemporaryDir>
+
+#include "calendar/CALENDAR.h"
+#include "calendar/Recurrence.h"
+#include "platform/Engine.h"
+#include "platform/Random.h"
+#include "store/CRY.h"
+#include "store/db.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+std::map<std::string, double> g_ms;    // figure name -> milliseconds
+std::map<std::string, double> g_count; // figure name -> a count
+
+double msSince(Clock::time_point t0) {
+    return std::chrono::duration<double, std::milli>(Clock::now() - t0).count();
+}
+
+const QDate kFirstDay(2020, 1, 1);
+constexpr int kDays = 3653; // ten years
+
+CALENDAR::AppointmentRecord appointment(const QDate &day, int minute, int length) {
+    CALENDAR::AppointmentRecord r;
+    r.UserNumber = 1;
+    r.ctlAppoStart = CALENDAR::MomentOf(day, minute);
+    r.ctlAppoEnd = r.ctlAppoStart + std::min(length, 1440 - minute);
+    r.ctlAlarmTime = r.ctlAppoStart;
+    r.ctlSubject = QStringLiteral("Appointment %1").arg(km::RndInt(100000));
+    r.ctlLocation = QStringLiteral("Room %1").arg(km::RndInt(50));
+    return r;
+}
+
+QByteArray randomRule(int kind, const QDate &first) {
+    CALENDAR::RedoRule r;
+    r.kind = kind;
+    const int weekday = first.dayOfWeek() % 7 + 1;
+    const int ordinal = static_cast<int>(km::RndInt(5)) + 1;
+    switch (kind) {
+    case CALENDAR::RedoWeekly:
+        r.b1 = (static_cast<int>(km::RndInt(127)) + 1) << 1;
+        r.b2 = static_cast<int>(km::RndInt(3)) + 1;
+        break;
+    case CALENDAR::RedoDaily:
+        r.b2 = static_cast<int>(km::RndInt(10)) + 1;
+        break;
+    case CALENDAR::RedoWorkday:
+        r.b1 = CALENDAR::WorkdayMask;
+        break;
+    case CALENDAR::RedoMonthly:
+        r.b1 = first.day();
+        r.b2 = static_cast<int>(km::RndInt(3)) + 1;
+        break;
+    case CALENDAR::RedoMonthlyNth:
+        r.b1 = weekday + 8 * ordinal;
+        r.b2 = static_cast<int>(km::RndInt(3)) + 1;
+        break;
+    case CALENDAR::RedoYearly:
+        r.b1 = first.day();
+        r.b2 = first.month();
+        break;
+    default:
+        r.b1 = weekday + 8 * ordinal;
+        r.b2 = static_cast<int>(km::RndInt(12)) + 1;
+        break;
+    }
+    const bool ends = km::RndInt(2) == 0;
+    r.endKind = ends ? CALENDAR::EndOnDate : CALENDAR::EndNever;
+    const QDate last = ends ? first.addDays(30 + km::RndInt(1500)) : QDate(2050, 1, 1);
+    r.first = static_cast<qint16>(CALENDAR::DayNumber(first) - CALENDAR::EpochDay);
+    r.last = static_cast<qint16>(CALENDAR::DayNumber(last) - CALENDAR::EpochDay);
+    return CALENDAR::RedoString(r);
+}
+
+bool fixedStatisticsWanted() {
+    return qEnvironmentVariableIsSet("KM_BENCH_FIXED_STATS");
+}
+
+// Statistics that tell the planner fSec and fSub are poor filters and the
+// fR columns good ones, for a store too young to have its own.
+void fixedStatistics(km::StoreDb &store) {
+    sqlite3_exec(store.Handle(),
+                 "ANALYZE; DELETE FROM sqlite_stat1; INSERT INTO sqlite_stat1 VALUES "
+                 "('tt','fSec','100000 5000'),('tt','fSub','100000 1000'),('tt','fR1','100000 2'),"
+                 "('tt','fR2','100000 2'),('tt','fR3','100000 2'),('tt','fR4','100000 2'),"
+                 "('tt','fR5','100000 2'); ANALYZE sqlite_schema;",
+                 nullptr, nullptr, nullptr);
+}
+
+struct CalendarStore {
+    QTemporaryDir dir;
+    QString path;
+    km::SecureBytes table;
+
+    CalendarStore() {
+        path = dir.filePath("calendar.kmd");
+        km::StoreDb::CreateDatabase(path);
+        db::state().StoreDb = km::StoreDb::OpenDatabase(path);
+        if (fixedStatisticsWanted()) fixedStatistics(db::Store());
+        table = CRY::RandomBytes(270);
+        CRY::LoadKeyTable(table);
+        const auto t0 = Clock::now();
+        // One transaction around the whole build: the writer's own becomes a savepoint.
+        db::Store().BeginTrans();
+        for (int i = 0; i < 20000; ++i) {
+            const QDate day = kFirstDay.addDays(km::RndInt(kDays));
+            CALENDAR::WriteAppointment(0, appointment(day, 360 + 5 * static_cast<int>(km::RndInt(192)),
+                                                      30 + 15 * static_cast<int>(km::RndInt(8))));
+        }
+        for (int i = 0; i < 500; ++i) {
+            const QDate first = kFirstDay.addDays(km::RndInt(kDays));
+            CALENDAR::AppointmentRecord r =
+                appointment(first, 420 + 30 * static_cast<int>(km::RndInt(24)), 60);
+            r.ctlRedoString = randomRule(1 + i % 7, first);
+            CALENDAR::WriteAppointment(0, r);
+        }
+        db::Store().CommitTrans();
+        g_ms["build"] = msSince(t0);
+    }
+    ~CalendarStore() {
+        db::state().StoreDb.reset();
+        CRY::UnloadKeyTable();
+    }
+};
+
+CalendarStore &calendarStore() {
+    static CalendarStore s;
+    return s;
+}
+
+// The best of several runs: the figure of a view that is repainted.
+double bestCollect(const CALENDAR::DateRange &range, const char *figure) {
+    calendarStore();
+    std::vector<qint64> ids;
+    std::vector<qint32> starts;
+    double best = 1e300;
+    for (int run = 0; run < 20; ++run) {
+        const auto t0 = Clock::now();
+        CALENDAR::CollectOccurrences(range.first, range.last, ids, starts);
+        best = std::min(best, msSince(t0));
+    }
+    g_ms[figure] = best;
+    g_count[figure] = static_cast<double>(starts.size() - 1);
+    return best;
+}
+
+void collect(benchmark::State &state, const CALENDAR::DateRange &range, const char *figure) {
+    for (auto _ : state)
+        state.SetIterationTime(bestCollect(range, figure) / 1000.0);
+}
+
+void BM_CollectMonthGrid(benchmark::State &state) {
+    collect(state, CALENDAR::ViewRange(QDate(2025, 6, 15), CALENDAR::ViewMonth), "month");
+}
+BENCHMARK(BM_CollectMonthGrid)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+void BM_CollectYear(benchmark::State &state) {
+    collect(state, CALENDAR::ViewRange(QDate(2025, 6, 15), CALENDAR::ViewYear), "year");
+}
+BENCHMARK(BM_CollectYear)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+// Each appointment written as the editor writes it: one transaction of its own.
+void BM_Write5000On50Days(benchmark::State &state) {
+    for (auto _ : state) {
+        QTemporaryDir dir;
+        const QString path = dir.filePath("days.kmd");
+        km::StoreDb::CreateDatabase(path);
+        auto kept = std::move(db::state().StoreDb);
+        db::state().StoreDb = km::StoreDb::OpenDatabase(path);
+        if (fixedStatisticsWanted()) fixedStatistics(db::Store());
+        CRY::LoadKeyTable(CRY::RandomBytes(270));
+        const auto t0 = Clock::now();
+        for (int i = 0; i < 5000; ++i) {
+            const QDate day = QDate(2025, 3, 1).addDays(km::RndInt(50));
+            CALENDAR::WriteAppointment(0, appointment(day, 5 * static_cast<int>(km::RndInt(288)), 30));
+        }
+        const double ms = msSince(t0);
+        g_ms["write5000"] = ms;
+        state.SetIterationTime(ms / 1000.0);
+        db::state().StoreDb = std::move(kept);
+        if (db::state().StoreDb) CRY::LoadKeyTable(calendarStore().table);
+    }
+}
+BENCHMARK(BM_Write5000On50Days)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+int main(int argc, char **argv) {
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    std::printf("\nFigures\n");
+    auto have = [](const char *k) { return g_ms.count(k) != 0; };
+    if (have("build"))
+        std::printf(
+            "  building 20,000 appointments and 500 series through the writer, one transaction: %.0f ms\n",
+            g_ms["build"]);
+    if (have("month"))
+        std::printf("  month grid (42 days): %.2f ms for %.0f occurrences (limit 50 ms)\n", g_ms["month"],
+                    g_count["month"]);
+    if (have("year")) std::printf("  year: %.2f ms for %.0f occurrences\n", g_ms["year"], g_count["year"]);
+    if (have("write5000"))
+        std::printf(
+            "  writing 5,000 appointments onto 50 days, a transaction each: %.0f ms (%.2f ms a row)\n",
+            g_ms["write5000"], g_ms["write5000"] / 5000.0);
+    std::printf("  planner statistics: %s\n", fixedStatisticsWanted() ? "fixed rows" : "none");
+    return 0;
+}

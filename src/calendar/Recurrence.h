@@ -1,0 +1,91 @@
+// The recurrence engine: which appointments fall into given days, and when.
+// A single row is found by its day key; a series stands once in the table and
+// its occurrences are computed on every query, so a year of a daily event
+// costs one row. Beside it, the date helpers of the rule dialog.
+//
+// Conventions:
+//  1. Weekdays are 1 Sunday .. 7 Saturday unless a function says it works in
+//     the system's week order (1 = the system's first day of the week).
+//  2. The system's first day of the week is read in one place,
+//     FirstDayOfWeek(), from the locale (CALENDAR::state().locale, or the
+//     system's); WeekStartOf, AbsoluteWeekday, LocalWeekday and ViewRange all
+//     use it.
+//  3. An occurrence list is two parallel arrays, ids and starts, whose entry
+//     0 is a scratch place: the entries run from 1 to the last index. An
+//     occurrence of a series carries the series' row id.
+//  4. The rules are computed as the rule strings have always been read,
+//     including their known oddities: a monthly rule whose day rolls over
+//     carries the roll into the next months, the monthly phase offset for
+//     intervals above 2, the yearly step by the month number, and no test of
+//     the series' first day or excepted days for monthly rules. Stores written
+//     long ago show the same days they always showed.
+#pragma once
+
+#include <array>
+#include <vector>
+
+#include <QByteArrayView>
+#include <QDate>
+#include <QString>
+
+namespace CALENDAR {
+
+// ---- The system's week ----
+
+// The system's first day of the week as a weekday code, 1 Sunday .. 7 Saturday.
+int FirstDayOfWeek();
+// The weekday of a date counted from firstDayOfWeek (0: the system's), as
+// Weekday(date, firstdayofweek) counts: 1 for that day, 7 for the day before.
+int Weekday(const QDate &date, int firstDayOfWeek = 1);
+QDate WeekStartOf(const QDate &date, int firstDayOfWeek = 0);
+// A day in the system's week order (1 = its first day) as weekday 1 Sunday .. 7 Saturday.
+int AbsoluteWeekday(int n);
+// A weekday 1 Sunday .. 7 Saturday as its place in the system's week order.
+int LocalWeekday(int weekday);
+
+// ---- Views ----
+
+enum ViewMode { ViewDay = 0, ViewWorkWeek = 1, ViewWeek = 2, ViewMonth = 3, ViewYear = 4 };
+
+struct DateRange {
+    QDate first;
+    QDate last;
+};
+DateRange ViewRange(const QDate &date, int mode);
+
+// Fills ids and starts (entry 0 the scratch place) with all appointments of
+// the days first..last of the session's store, sorted by start.
+void CollectOccurrences(const QDate &first, const QDate &last, std::vector<qint64> &ids,
+                        std::vector<qint32> &starts);
+// Appends to starts, in date order, the moments (day * 1440 + minuteOfDay) of
+// the rule's days within the days of firstMoment..lastMoment.
+void ExpandRecurrence(qint32 firstMoment, qint32 lastMoment, int minuteOfDay, QByteArrayView redo,
+                      std::vector<qint32> &starts);
+// Stable sort of entries 1.. by start, ids moving along: at an equal start the
+// entries keep the order they came in (series before single rows).
+void SortOccurrences(std::vector<qint64> &ids, std::vector<qint32> &starts);
+
+// ---- Date helpers of the rule dialog ----
+
+int WeekOrdinalOfDate(const QDate &date); // (day of month - 1) \ 7 + 1
+// The ordinal-th weekday (1 Sunday .. 7 Saturday) of date's month; ordinal 5
+// is the last. A weekday or ordinal of 0 is taken from date. With ask set and
+// the result before date, question 151 offers the next month: Yes moves date
+// there and asks again, No keeps the earlier day.
+QDate NthWeekdayInMonth(int &ordinal, int &weekday, QDate &date, bool ask);
+// The date of occurrence n of a rule on the ordinal-th weekday (system week
+// order) every step units; unit "m" (months) or "yyyy" (years, in month).
+QDate NthOccurrenceDate(const QDate &start, int ordinal, int weekday, int n, const QString &unit, int step,
+                        int month);
+int CountNthOccurrences(const QDate &start, int ordinal, int weekday, const QDate &end, const QString &unit,
+                        int step);
+// flags in the system's week order. start moves to its first flagged day.
+using WeekFlags = std::array<bool, 7>;
+int CountWeeklyOccurrences(QDate &start, const QDate &end, const WeekFlags &flags, int interval);
+QDate WeeklyEndDate(QDate &start, int count, int interval, const WeekFlags &flags);
+// A date after the calendar's last day shows message 150 and comes back as that day.
+QDate ClampUpperDate(const QDate &date);
+QDate FirstOfMonth(const QDate &date);
+QDate LastOfMonth(const QDate &date);
+
+} // namespace CALENDAR
