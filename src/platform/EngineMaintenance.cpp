@@ -2,10 +2,13 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <unordered_set>
 
 #include <QFile>
 #include <QFileInfo>
+#include <QList>
 
 #include "platform/Engine.h"
 
@@ -61,6 +64,16 @@ QString freshPath(const QString &base) {
     }
 }
 
+// The page size in the file's header (0 when the header can't be read).
+qint64 pageSizeOf(const QString &path) {
+    QFile f(path);
+    if (!f.open(QIODevice::ReadOnly)) return 0;
+    const QByteArray header = f.read(100);
+    if (header.size() < 100 || !header.startsWith("SQLite format 3")) return 0;
+    const qint64 value = (static_cast<uchar>(header.at(16)) << 8) | static_cast<uchar>(header.at(17));
+    return value == 1 ? 65536 : value;
+}
+
 constexpr const char *Columns =
     "fPK, fEtx, fSec, fSub, fR1, fR2, fR3, fR4, fR5, fF1, fF2, fF3, fT1, fT2, fT3, fG1, AE";
 constexpr int ColumnCount = 17;
@@ -88,11 +101,36 @@ void RepairDatabase(const QString &path) {
     }
     if (StoreIsSound(path)) return;
 
+    // A file cut off inside a page would have that page's missing end read as
+    // zeros, and rows on it would come back with their columns zeroed. The
+    // rows are read from a copy that ends at the last whole page instead, so
+    // every row kept is a row as it was written.
+    QString source = path;
+    const qint64 size = QFileInfo(path).size();
+    const qint64 pageSize = pageSizeOf(path);
+    if (pageSize > 0 && size % pageSize != 0) {
+        source = freshPath(path);
+        if (!QFile::copy(path, source) || !QFile(source).resize(size / pageSize * pageSize)) {
+            QFile::remove(source);
+            throw EngineError(EngineErr::Generic, QStringLiteral("The damaged file could not be read."));
+        }
+    }
+    struct RemoveCopy {
+        QString copy;
+        ~RemoveCopy() {
+            if (!copy.isEmpty()) QFile::remove(copy);
+        }
+    } removeCopy{source == path ? QString() : source};
+
     const QString rebuilt = freshPath(path);
     StoreDb::CreateDatabase(rebuilt);
     try {
         Db src, dst;
-        open(src, path, SQLITE_OPEN_READONLY);
+        open(src, source, SQLITE_OPEN_READONLY);
+        // A file shorter than its header says (a truncated copy) is refused as
+        // a whole, page 1 included, unless the schema counts as writable. On
+        // this read-only connection that only lets the pages still there be read.
+        sqlite3_exec(src.db, "PRAGMA writable_schema = ON", nullptr, nullptr, nullptr);
         open(dst, rebuilt, SQLITE_OPEN_READWRITE);
         sqlite3_exec(dst.db, "BEGIN", nullptr, nullptr, nullptr);
         Stmt insert;
@@ -101,9 +139,22 @@ void RepairDatabase(const QString &path) {
         if (sqlite3_prepare_v2(dst.db, insertSql.constData(), -1, &insert.st, nullptr) != SQLITE_OK)
             fail(dst.db, SQLITE_ERROR, QStringLiteral("Writing the repaired file failed"));
 
+        // Every id met anywhere, read or not: new rows must not take the id of a lost one.
+        sqlite3_int64 maxSeen = 0;
+        std::unordered_set<sqlite3_int64> copied;
+        const auto copyRow = [&](sqlite3_stmt *row) {
+            for (int c = 0; c < ColumnCount; ++c)
+                sqlite3_bind_value(insert.st, c + 1, sqlite3_column_value(row, c));
+            sqlite3_step(insert.st);
+            sqlite3_reset(insert.st);
+            const sqlite3_int64 id = sqlite3_column_int64(row, 0);
+            copied.insert(id);
+            maxSeen = std::max(maxSeen, id);
+        };
+
         // Walk the rows by id. Where a damaged page stops the walk, step over
         // ids in growing strides until rows can be read again.
-        sqlite3_int64 last = 0, maxSeen = 0;
+        sqlite3_int64 last = 0;
         int misses = 0;
         const QByteArray selectSql = QByteArray("SELECT ") + Columns + " FROM tt WHERE fPK > ? ORDER BY fPK";
         while (misses < 64) {
@@ -113,21 +164,61 @@ void RepairDatabase(const QString &path) {
             int rc;
             bool progressed = false;
             while ((rc = sqlite3_step(sel.st)) == SQLITE_ROW) {
-                for (int c = 0; c < ColumnCount; ++c)
-                    sqlite3_bind_value(insert.st, c + 1, sqlite3_column_value(sel.st, c));
-                sqlite3_step(insert.st);
-                sqlite3_reset(insert.st);
+                copyRow(sel.st);
                 last = sqlite3_column_int64(sel.st, 0);
-                maxSeen = std::max(maxSeen, last);
                 progressed = true;
             }
             if (rc == SQLITE_DONE) break;
             misses = progressed ? 0 : misses + 1;
             last += sqlite3_int64(1) << std::min(misses, 30);
         }
+
+        // The strides may have stepped over rows on sound pages beyond the
+        // damage. Each index still lists the ids of its rows: every id not
+        // copied yet is read on its own.
+        QList<QByteArray> indexes;
+        {
+            Stmt names;
+            if (sqlite3_prepare_v2(src.db,
+                                   "SELECT name FROM sqlite_master WHERE type = 'index' AND tbl_name = 'tt'",
+                                   -1, &names.st, nullptr) == SQLITE_OK)
+                while (sqlite3_step(names.st) == SQLITE_ROW)
+                    indexes << QByteArray(reinterpret_cast<const char *>(sqlite3_column_text(names.st, 0)));
+        }
+        Stmt byId;
+        const QByteArray byIdSql = QByteArray("SELECT ") + Columns + " FROM tt WHERE fPK = ?";
+        if (sqlite3_prepare_v2(src.db, byIdSql.constData(), -1, &byId.st, nullptr) == SQLITE_OK) {
+            for (const QByteArray &index : indexes) {
+                Stmt ids;
+                const QByteArray idsSql =
+                    "SELECT fPK FROM tt INDEXED BY \"" + QByteArray(index).replace('"', "\"\"") + '"';
+                if (sqlite3_prepare_v2(src.db, idsSql.constData(), -1, &ids.st, nullptr) != SQLITE_OK)
+                    continue;
+                while (sqlite3_step(ids.st) == SQLITE_ROW) {
+                    const sqlite3_int64 id = sqlite3_column_int64(ids.st, 0);
+                    maxSeen = std::max(maxSeen, id);
+                    if (copied.count(id)) continue;
+                    sqlite3_bind_int64(byId.st, 1, id);
+                    if (sqlite3_step(byId.st) == SQLITE_ROW) copyRow(byId.st);
+                    sqlite3_reset(byId.st);
+                }
+            }
+        }
+        {
+            Stmt seq;
+            if (sqlite3_prepare_v2(src.db, "SELECT seq FROM sqlite_sequence WHERE name = 'tt'", -1, &seq.st,
+                                   nullptr) == SQLITE_OK &&
+                sqlite3_step(seq.st) == SQLITE_ROW)
+                maxSeen = std::max(maxSeen, sqlite3_column_int64(seq.st, 0));
+        }
         const QByteArray seq = QByteArray("UPDATE sqlite_sequence SET seq = max(seq, ") +
                                QByteArray::number(maxSeen) + ") WHERE name = 'tt'";
         sqlite3_exec(dst.db, seq.constData(), nullptr, nullptr, nullptr);
+        if (sqlite3_changes(dst.db) == 0) {
+            const QByteArray add = QByteArray("INSERT INTO sqlite_sequence (name, seq) VALUES ('tt', ") +
+                                   QByteArray::number(maxSeen) + ")";
+            sqlite3_exec(dst.db, add.constData(), nullptr, nullptr, nullptr);
+        }
         if (sqlite3_exec(dst.db, "COMMIT", nullptr, nullptr, nullptr) != SQLITE_OK)
             fail(dst.db, SQLITE_ERROR, QStringLiteral("Writing the repaired file failed"));
     } catch (...) {

@@ -157,14 +157,21 @@ int ReadStoreVersion() {
 
 int OpenStore() {
     State &s = state();
+    // PassKey and PassCheck serve until the PIN record is loaded (a store
+    // without one gets the default PIN of this passphrase); whichever way
+    // the sequence ends, they go.
+    struct WipeOnExit {
+        ~WipeOnExit() { Passphrase::Wipe(); }
+    } wipeOnExit;
+    s.OpenAttempts = 0;
     for (;;) {
         ++s.OpenAttempts;
         int err = Passphrase::GetPassphrase(false);
         if (err) return err;
         km::ui().status(QStringLiteral("Checking Database..."));
         err = Passphrase::OpenKeyRows();
-        Passphrase::Wipe();
         if (err == 0) break;
+        Passphrase::Wipe();
         s.StoreDb.reset();
         km::ui().status(QString());
         const auto giveUp = [&]() -> int {
