@@ -117,7 +117,8 @@ ANALYZE sqlite_schema;
 
 bool hasPlannerFacts(sqlite3 *db) {
     sqlite3_stmt *st = nullptr;
-    if (sqlite3_prepare_v2(db, "SELECT count(*) FROM sqlite_stat1 WHERE tbl = 'tt'", -1, &st, nullptr) != SQLITE_OK)
+    if (sqlite3_prepare_v2(db, "SELECT count(*) FROM sqlite_stat1 WHERE tbl = 'tt'", -1, &st, nullptr) !=
+        SQLITE_OK)
         return false;
     const bool have = sqlite3_step(st) == SQLITE_ROW && sqlite3_column_int(st, 0) > 0;
     sqlite3_finalize(st);

@@ -31,27 +31,27 @@ namespace km {
 
 // Engine error numbers (the store's routines pass them on unchanged).
 namespace EngineErr {
-constexpr int Generic = 3000;          // unclassified engine failure
-constexpr int NoCurrentRecord = 3021;  // cursor before the first or after the last row
+constexpr int Generic = 3000;         // unclassified engine failure
+constexpr int NoCurrentRecord = 3021; // cursor before the first or after the last row
 constexpr int UpdateWithoutEdit = 3020;
 constexpr int FileNotFound = 3024;
-constexpr int AlreadyInUse = 3045;     // another process holds the store
-constexpr int Damaged = 3049;          // the file is a store but damaged: goes to repair
+constexpr int AlreadyInUse = 3045; // another process holds the store
+constexpr int Damaged = 3049;      // the file is a store but damaged: goes to repair
 constexpr int ReadOnly = 3027;
-constexpr int ItemNotFound = 3265;     // unknown column name
-constexpr int SyntaxError = 3075;      // the Jet SQL could not be translated
-constexpr int NotUpdatable = 3251;  // write on a snapshot or a row set without fPK
+constexpr int ItemNotFound = 3265; // unknown column name
+constexpr int SyntaxError = 3075;  // the Jet SQL could not be translated
+constexpr int NotUpdatable = 3251; // write on a snapshot or a row set without fPK
 constexpr int DataTypeConversion = 3421;
-constexpr int NotAStore = 3343;        // "unrecognised database format": not a store at all
+constexpr int NotAStore = 3343; // "unrecognised database format": not a store at all
 constexpr int FileExists = 3204;
 constexpr int TransactionError = 3034;
-constexpr int Constraint = 3163;       // value too large for the field (fSec over 255, ...)
-constexpr int DuplicateKey = 3022;     // a row id that is there already
-constexpr int InvalidBookmark = 3159;  // a bookmark of no row of this row set
-constexpr int RecordDeleted = 3167;    // the current row has been deleted
+constexpr int Constraint = 3163;      // value too large for the field (fSec over 255, ...)
+constexpr int DuplicateKey = 3022;    // a row id that is there already
+constexpr int InvalidBookmark = 3159; // a bookmark of no row of this row set
+constexpr int RecordDeleted = 3167;   // the current row has been deleted
 constexpr int TableNotFound = 3078;
 constexpr int CannotExecuteSelect = 3065; // Execute given a SELECT
-constexpr int ObjectClosed = 3420;     // the row set or database has been closed
+constexpr int ObjectClosed = 3420;        // the row set or database has been closed
 } // namespace EngineErr
 
 class EngineError : public std::runtime_error {

@@ -427,7 +427,8 @@ TEST_F(EngineTest, RolledBackTransactionsLeaveTheFileAsItWas) {
     QByteArray after = fileBytes(path);
     QByteArray expected = before;
     ASSERT_EQ(after.size(), expected.size());
-    for (int i : {24, 25, 26, 27, 92, 93, 94, 95}) after[i] = expected[i] = 0;
+    for (int i : {24, 25, 26, 27, 92, 93, 94, 95})
+        after[i] = expected[i] = 0;
     EXPECT_EQ(after, expected);
 }
 
