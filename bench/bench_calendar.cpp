@@ -2,14 +2,7 @@
 // 500 series of every kind; collecting the occurrences of a month grid (42
 // days) and of a year; writing 5,000 appointments onto 50 days through the
 // calendar's writer, the renumbering of each day's order included.
-//
-// With KM_BENCH_FIXED_STATS set, both stores get planner statistics first
-// (fixed sqlite_stat1 rows). Without them SQLite answers "fSec=12 AND fR3
-// Between ..." through the fSec index, visiting every calendar row, where the
-// fR3 index would find the day's rows.
 #include <benchmark/benchmark.h>
-
-#include <sqlite3.h>
 
 #include <algorithm>
 #include <chrono>
@@ -91,21 +84,6 @@ QByteArray randomRule(int kind, const QDate &first) {
     return CALENDAR::RedoString(r);
 }
 
-bool fixedStatisticsWanted() {
-    return qEnvironmentVariableIsSet("KM_BENCH_FIXED_STATS");
-}
-
-// Statistics that tell the planner fSec and fSub are poor filters and the
-// fR columns good ones, for a store too young to have its own.
-void fixedStatistics(km::StoreDb &store) {
-    sqlite3_exec(store.Handle(),
-                 "ANALYZE; DELETE FROM sqlite_stat1; INSERT INTO sqlite_stat1 VALUES "
-                 "('tt','fSec','100000 5000'),('tt','fSub','100000 1000'),('tt','fR1','100000 2'),"
-                 "('tt','fR2','100000 2'),('tt','fR3','100000 2'),('tt','fR4','100000 2'),"
-                 "('tt','fR5','100000 2'); ANALYZE sqlite_schema;",
-                 nullptr, nullptr, nullptr);
-}
-
 struct CalendarStore {
     QTemporaryDir dir;
     QString path;
@@ -115,7 +93,6 @@ struct CalendarStore {
         path = dir.filePath("calendar.kmd");
         km::StoreDb::CreateDatabase(path);
         db::state().StoreDb = km::StoreDb::OpenDatabase(path);
-        if (fixedStatisticsWanted()) fixedStatistics(db::Store());
         table = CRY::RandomBytes(270);
         CRY::LoadKeyTable(table);
         const auto t0 = Clock::now();
@@ -186,7 +163,6 @@ void BM_Write5000On50Days(benchmark::State &state) {
         km::StoreDb::CreateDatabase(path);
         auto kept = std::move(db::state().StoreDb);
         db::state().StoreDb = km::StoreDb::OpenDatabase(path);
-        if (fixedStatisticsWanted()) fixedStatistics(db::Store());
         CRY::LoadKeyTable(CRY::RandomBytes(270));
         const auto t0 = Clock::now();
         for (int i = 0; i < 5000; ++i) {
@@ -222,6 +198,5 @@ int main(int argc, char **argv) {
         std::printf(
             "  writing 5,000 appointments onto 50 days, a transaction each: %.0f ms (%.2f ms a row)\n",
             g_ms["write5000"], g_ms["write5000"] / 5000.0);
-    std::printf("  planner statistics: %s\n", fixedStatisticsWanted() ? "fixed rows" : "none");
     return 0;
 }
