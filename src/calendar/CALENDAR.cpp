@@ -473,9 +473,7 @@ qint32 DayOrderKey(qint32 start, qint64 rowId, bool isNew) {
         Entry &e = others[static_cast<size_t>(k)];
         const qint64 slot = base + (k < q ? k : k + 1);
         rows->SetBookmark(e.mark);
-        const qint64 ae = rows->GetColumn(QStringLiteral("AE")).toLongLong();
-        rows->Edit();
-        rows->SetColumn(QStringLiteral("AE"), ae | 2);
+        db::EditRow(*rows);
         rows->SetColumn(QStringLiteral("fR1"),
                         INDICES::ScatterPoint(slot, count, 0, INDICES::MaxIndex).Value);
         rows->Update();

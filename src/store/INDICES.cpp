@@ -7,6 +7,7 @@
 #include "platform/Random.h"
 #include "shell/Dialogs.h"
 #include "store/CRY.h"
+#include "store/db.h"
 
 namespace INDICES {
 
@@ -149,9 +150,7 @@ void Respread(km::RowSet &rows, const QString &column, qint64 pos, qint64 first,
     rows.Move(first);
     for (qint64 i = first; i <= last && !rows.Eof(); ++i) {
         const qint64 slot = shift != 0 ? i + shift : (i < pos ? i : i + 1);
-        const qint64 ae = rows.GetColumn(QStringLiteral("AE")).toLongLong();
-        rows.Edit();
-        rows.SetColumn(QStringLiteral("AE"), ae | 2);
+        db::EditRow(rows);
         rows.SetColumn(column, ScatterPoint(slot, count, 0, MaxIndex).Value);
         rows.Update();
         rows.MoveNext();

@@ -146,14 +146,7 @@ int CreateKeyRows() {
             const auto openRow = [&](const char *criteria) {
                 rows->FindFirst(QString::fromLatin1(criteria));
                 const bool isNew = rows->NoMatch();
-                if (isNew) {
-                    rows->AddNew();
-                    rows->SetColumn("AE", 1);
-                } else {
-                    const qint64 ae = rows->GetColumn("AE").toLongLong();
-                    rows->Edit();
-                    rows->SetColumn("AE", ae | 2);
-                }
+                isNew ? db::AddRow(*rows) : db::EditRow(*rows);
                 return isNew;
             };
             sealRowOne(*rows, wrapped, openRow("fSec=1 And fSub=1"));
@@ -263,14 +256,11 @@ int OpenKeyRows() {
             keyString = CRY::UnsealString(km::toQByteArray(inner), s.PassKey);
             if (keyString.empty()) endProgram(106);
             if (state == 103) {
-                rows->AddNew();
+                db::AddRow(*rows);
                 rows->SetColumn("fSec", 1);
                 rows->SetColumn("fSub", 1);
-                rows->SetColumn("AE", 1);
             } else {
-                const qint64 ae = rows->GetColumn("AE").toLongLong();
-                rows->Edit();
-                rows->SetColumn("AE", ae | 2);
+                db::EditRow(*rows);
             }
             rows->SetColumn("fEtx", CRY::SealString(keyString, s.MasterSecret));
             rows->Update();

@@ -63,16 +63,13 @@ int WriteUser(UserRecord &user) {
             auto rows = store.OpenRowSet(QStringLiteral("tt"), km::Dynaset);
             rows->FindFirst(QStringLiteral("fSec=2 And fSub=%1").arg(user.Number));
             if (rows->NoMatch()) {
-                rows->AddNew();
+                db::AddRow(*rows);
                 rows->SetColumn("fSec", 2);
                 rows->SetColumn("fSub", user.Number);
                 user.RowId = rows->GetColumn("fPK").toLongLong();
-                rows->SetColumn("AE", 1);
             } else {
-                const qint64 ae = rows->GetColumn("AE").toLongLong();
                 user.RowId = rows->GetColumn("fPK").toLongLong();
-                rows->Edit();
-                rows->SetColumn("AE", ae | 2);
+                db::EditRow(*rows);
             }
             rows->SetColumn("fEtx", sealed);
             rows->SetColumn("fT3", verifier);
@@ -102,9 +99,7 @@ void WritePin(int kind, const QString &pin, qint32 sections, bool everyAccess) {
         km::ShowMessage(109, km::Buttons::OK, km::Answer::OK, km::Icon::Critical);
         throw km::ProgramEnd{1, 109};
     }
-    const qint64 ae = rows->GetColumn("AE").toLongLong();
-    rows->Edit();
-    rows->SetColumn("AE", ae | 2);
+    db::EditRow(*rows);
     rows->SetColumn("fT2", CRY::EncryptField(packed));
     rows->Update();
     km::wipe(packed);

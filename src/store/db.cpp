@@ -17,6 +17,17 @@ km::StoreDb &Store() {
     return *state().StoreDb;
 }
 
+void AddRow(km::RowSet &rows) {
+    rows.AddNew();
+    rows.SetColumn(QStringLiteral("AE"), 1);
+}
+
+void EditRow(km::RowSet &rows) {
+    const qint64 ae = rows.GetColumn(QStringLiteral("AE")).toLongLong();
+    rows.Edit();
+    rows.SetColumn(QStringLiteral("AE"), ae | 2);
+}
+
 void WriteNoise(km::RowSet &rows, const NoiseFlags &flags) {
     km::Randomize();
     const auto noiseText = [&](const char *column) {
@@ -48,9 +59,8 @@ void StandardWrite::begin(const QString &criteria, int section) {
         m_rows = m_store.OpenRowSet(QStringLiteral("tt"), km::Dynaset);
         if (!criteria.isEmpty()) m_rows->FindFirst(criteria);
         if (criteria.isEmpty() || m_rows->NoMatch()) {
-            m_rows->AddNew();
+            AddRow(*m_rows);
             m_rowId = m_rows->GetColumn(QStringLiteral("fPK")).toLongLong();
-            m_rows->SetColumn(QStringLiteral("AE"), 1);
             m_new = true;
             m_ok = true;
         } else if (m_rows->GetColumn(QStringLiteral("fSec")).toInt() != section) {
@@ -58,9 +68,7 @@ void StandardWrite::begin(const QString &criteria, int section) {
             m_ok = false;
         } else {
             m_rowId = m_rows->GetColumn(QStringLiteral("fPK")).toLongLong();
-            const qint64 ae = m_rows->GetColumn(QStringLiteral("AE")).toLongLong();
-            m_rows->Edit();
-            m_rows->SetColumn(QStringLiteral("AE"), ae | 2);
+            EditRow(*m_rows);
             m_ok = true;
         }
         if (m_ok) m_rows->SetColumn(QStringLiteral("fSec"), section);

@@ -34,6 +34,11 @@ State &state();
 // The open store; throws EngineError if none is open.
 km::StoreDb &Store();
 
+// The change bits every row writer keeps: a new row is added with AE = 1, a
+// row that is there already is edited with AE Or 2.
+void AddRow(km::RowSet &rows);
+void EditRow(km::RowSet &rows);
+
 // Which columns take noise on a new row.
 struct NoiseFlags {
     bool t1 = false, t2 = false, t3 = false;
