@@ -11,6 +11,7 @@
 #include <limits>
 #include <stdexcept>
 
+#include "platform/Clock.h"
 #include "platform/CodePage1252.h"
 #include "platform/Environment.h"
 #include "shell/Dialogs.h"
@@ -284,7 +285,7 @@ void SetTimeZoneOffsets(int standardMinutes, int daylightMinutes) {
 // without summer time gives 0.
 void ReadSystemTimeZone() {
     const QTimeZone zone = QTimeZone::systemTimeZone();
-    const QDateTime now = QDateTime::currentDateTimeUtc();
+    const QDateTime now = km::Clock::now().toUTC();
     const int year = now.date().year();
     const QDateTime january(QDate(year, 1, 15), QTime(12, 0), Qt::UTC);
     const QDateTime july(QDate(year, 7, 15), QTime(12, 0), Qt::UTC);
