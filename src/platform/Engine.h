@@ -160,4 +160,29 @@ private:
     friend class RowSet;
 };
 
+// One transaction (a savepoint inside another) that is rolled back unless
+// it was committed: a write that fails half way leaves the file as it was.
+class Transaction {
+public:
+    explicit Transaction(StoreDb &db) : m_db(db) { m_db.BeginTrans(); }
+    ~Transaction() {
+        if (m_done) return;
+        try {
+            m_db.Rollback();
+        } catch (...) {
+            // The engine error that brought us here is already on its way.
+        }
+    }
+    Transaction(const Transaction &) = delete;
+    Transaction &operator=(const Transaction &) = delete;
+    void Commit() {
+        m_db.CommitTrans();
+        m_done = true;
+    }
+
+private:
+    StoreDb &m_db;
+    bool m_done = false;
+};
+
 } // namespace km

@@ -140,8 +140,8 @@ int CreateKeyRows() {
 
     try {
         km::StoreDb &store = db::Store();
-        store.BeginTrans();
-        try {
+        {
+            km::Transaction transaction(store);
             auto rows = store.OpenRowSet(QStringLiteral("tt"), km::Dynaset);
             const auto openRow = [&](const char *criteria) {
                 rows->FindFirst(QString::fromLatin1(criteria));
@@ -160,10 +160,7 @@ int CreateKeyRows() {
             db::WriteNoise(*rows, {true, true, true, true, true, true, true});
             rows->Update();
             rows.reset();
-            store.CommitTrans();
-        } catch (...) {
-            store.Rollback();
-            throw;
+            transaction.Commit();
         }
         db::WriteVersionRow();
     } catch (const km::EngineError &e) {

@@ -58,29 +58,24 @@ int WriteUser(UserRecord &user) {
     const QByteArray verifier = MakeVerifier(passKey);
     try {
         km::StoreDb &store = db::Store();
-        store.BeginTrans();
-        try {
-            auto rows = store.OpenRowSet(QStringLiteral("tt"), km::Dynaset);
-            rows->FindFirst(QStringLiteral("fSec=2 And fSub=%1").arg(user.Number));
-            if (rows->NoMatch()) {
-                db::AddRow(*rows);
-                rows->SetColumn("fSec", 2);
-                rows->SetColumn("fSub", user.Number);
-                user.RowId = rows->GetColumn("fPK").toLongLong();
-            } else {
-                user.RowId = rows->GetColumn("fPK").toLongLong();
-                db::EditRow(*rows);
-            }
-            rows->SetColumn("fEtx", sealed);
-            rows->SetColumn("fT3", verifier);
-            db::WriteNoise(*rows, {true, true, false, true, true, true, true});
-            rows->Update();
-            rows.reset();
-            store.CommitTrans();
-        } catch (...) {
-            store.Rollback();
-            throw;
+        km::Transaction transaction(store);
+        auto rows = store.OpenRowSet(QStringLiteral("tt"), km::Dynaset);
+        rows->FindFirst(QStringLiteral("fSec=2 And fSub=%1").arg(user.Number));
+        if (rows->NoMatch()) {
+            db::AddRow(*rows);
+            rows->SetColumn("fSec", 2);
+            rows->SetColumn("fSub", user.Number);
+            user.RowId = rows->GetColumn("fPK").toLongLong();
+        } else {
+            user.RowId = rows->GetColumn("fPK").toLongLong();
+            db::EditRow(*rows);
         }
+        rows->SetColumn("fEtx", sealed);
+        rows->SetColumn("fT3", verifier);
+        db::WriteNoise(*rows, {true, true, false, true, true, true, true});
+        rows->Update();
+        rows.reset();
+        transaction.Commit();
     } catch (const km::EngineError &e) {
         return e.number();
     }

@@ -257,8 +257,8 @@ int SweepDuplicates() {
                 doubled << rows->GetColumn("fT1").toByteArray();
         }
         if (doubled.isEmpty()) continue;
-        store.BeginTrans();
-        try {
+        km::Transaction transaction(store);
+        {
             auto rows =
                 store.OpenRowSet(QStringLiteral("SELECT * FROM tt WHERE fSec=%1").arg(section), km::Dynaset);
             for (const QByteArray &value : doubled) {
@@ -273,12 +273,8 @@ int SweepDuplicates() {
                     ++removed;
                 }
             }
-            rows.reset();
-            store.CommitTrans();
-        } catch (...) {
-            store.Rollback();
-            throw;
         }
+        transaction.Commit();
     }
     return removed;
 }
