@@ -1,0 +1,105 @@
+// Confidential data (fSec 16): the password book. Sixteen fixed kinds of
+// record share one row shape: up to five labelled short fields, notes and a
+// private flag; fG1 holds the kind. Fields whose label speaks of a password
+// or a PIN are masked until "Show Plain Password" is ticked.
+#pragma once
+
+#include <array>
+
+#include <QString>
+#include <QStringList>
+
+#include "shell/Controls.h"
+#include "shell/frmMDI.h"
+
+namespace km {
+
+struct ConfidentialKind {
+    int id;             // fG1
+    QString caption;    // "Web Login"
+    QStringList labels; // of n0 to n4; four or five
+    QString toolTip;
+};
+// The sixteen kinds, by fG1 (1 to 16); nullptr for any other number.
+const ConfidentialKind *KindOf(int id);
+const QList<ConfidentialKind> &ConfidentialKinds();
+// A field is masked when its label holds "Password" or "PIN", in any case.
+bool MasksField(const QString &label);
+
+// The record's dialog.
+class frmEditConfidential : public WindowModel {
+public:
+    QString caption() const override;
+    int kind = 1;
+    std::array<QString, 5> txtCtl;
+    std::array<QString, 5> lblTxt;
+    std::array<bool, 5> visible{};
+    std::array<bool, 5> masked{};
+    QString txtNotes;
+    bool ctlPrivate = false;
+    bool changed = false;
+
+    void cmdOK_Click() { close(true); }
+    void cmdEsc_Click();
+};
+
+// An editor of a longer text, shielded while in front.
+class frmEditText : public WindowModel {
+public:
+    QString caption() const override { return txtSubject; }
+    QString txtSubject;
+    QString txt;
+    bool changed = false;
+    void cmdOK_Click() { close(true); }
+    void cmdEsc_Click();
+};
+
+class frmClassified : public SectionWindow {
+public:
+    static constexpr int Section = 16;
+    static constexpr int PrivateBit = 5;
+    enum Field { n0 = 0, n1, n2, n3, n4, notes, DateLastModified, Private, UserName };
+
+    int sectionCode() const override { return Section; }
+    QString caption() const override { return QStringLiteral("Confidential"); }
+    void Form_Load() override;
+    void HideShow() override { listSelect_Initialize(RowId); }
+
+    // The view's state.
+    int cat = 1; // the kind in view
+    ListBox listSelect;
+    std::array<QString, 5> txtCtl;
+    std::array<QString, 5> lblTxt;
+    std::array<bool, 5> visible{};
+    std::array<bool, 5> masked{};
+    QString txtNotes;
+    bool ctlPrivate = false;
+    bool chkPlainPW = false;
+    QString lblCategory, lblLastModified;
+    bool recordChanged = false;
+    bool newRecord = false;
+    qint64 RowId = 0;
+
+    void cat_Click(int kind);
+    void chkPlainPW_Click();
+    void listSelect_Initialize(qint64 select = 0);
+    void listSelect_Click(int index);
+    void cmdAdd_Click();
+    void cmdEdit_Click();
+    void cmdDelete_Click();
+    // The right mouse button on a field (0 to 4) or the notes (5): its text
+    // goes to the clipboard under the wipe.
+    void CopyField(int field);
+
+    // The save path: the pane's fields as they stand. Row id, or 0.
+    qint64 SaveRecord();
+
+private:
+    void applyLabels();
+    void clearPane();
+    void showRecord(qint64 id);
+    bool runEditor();
+    void askStoreChanged();
+};
+
+} // namespace km

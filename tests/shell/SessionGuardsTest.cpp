@@ -1,0 +1,234 @@
+#include <gtest/gtest.h>
+
+#include "shell/LanguageUS.h"
+#include "shell/MainWindowTestSupport.h"
+
+namespace km::test {
+namespace {
+
+TEST(CountdownTextTest, MinutesAndSecondsTwoDigitsEach) {
+    const std::pair<int, const char *> cases[] = {{299, "Idle Countdown:  04:59"},
+                                                  {900, "Idle Countdown:  15:00"},
+                                                  {61, "Idle Countdown:  01:01"},
+                                                  {0, "Idle Countdown:  00:00"}};
+    for (const auto &[seconds, text] : cases)
+        EXPECT_EQ(SessionGuards::CountdownText(seconds), QString::fromLatin1(text)) << seconds;
+}
+
+using IdleTest = MainWindowFixture;
+
+TEST_F(IdleTest, FifteenMinutesReadFifteenThenFourteenFiftyNine) {
+    Startvariables::state().IdleMinutes = 15;
+    SessionGuards::InstallIdleHooks();
+    w->timerTimeout_Timer();
+    EXPECT_EQ(w->panelAutoshutoff, "Idle Countdown:  15:00");
+    clock.advanceMSecs(1000);
+    w->timerTimeout_Timer();
+    EXPECT_EQ(w->panelAutoshutoff, "Idle Countdown:  14:59");
+}
+
+// The countdown ends the program at the minute set, with or without a modal
+// dialog standing in the way, and closes the store on the way out.
+TEST_F(IdleTest, EndsAtIdleMinutesEvenUnderAModalDialog) {
+    for (bool modal : {false, true}) {
+        SCOPED_TRACE(modal ? "modal dialog up" : "no dialog");
+        TearDown();
+        SetUp();
+        ASSERT_TRUE(startOpen());
+        ASSERT_TRUE(db::state().DbOpen);
+        Startvariables::state().IdleMinutes = 1;
+        modalUp = modal;
+
+        clock.advanceSecs(40);
+        SessionGuards::NoteActivity(); // a key in one of the program's windows
+        clock.advanceSecs(59);
+        w->timerTimeout_Timer();
+        EXPECT_EQ(w->panelAutoshutoff, "Idle Countdown:  00:01");
+        EXPECT_EQ(ends, 0);
+
+        clock.advanceSecs(1);
+        w->timerTimeout_Timer();
+        EXPECT_EQ(ends, 1);
+        EXPECT_EQ(unloadRequests, 1);
+        EXPECT_FALSE(db::state().DbOpen);
+        EXPECT_FALSE(CRY::KeyTableLoaded());
+        EXPECT_FALSE(SessionGuards::state().HooksInstalled);
+    }
+}
+
+TEST_F(IdleTest, ZeroMinutesNeverEndsAndShowsNoCountdown) {
+    Startvariables::state().IdleMinutes = 0;
+    SessionGuards::InstallIdleHooks();
+    clock.advanceSecs(24 * 3600);
+    w->fireDueTimers();
+    w->timerTimeout_Timer();
+    EXPECT_EQ(ends, 0);
+    EXPECT_EQ(unloadRequests, 0);
+    EXPECT_TRUE(w->panelAutoshutoff.isEmpty());
+}
+
+// Activity counts only once the hooks are in; a busy program is never idle.
+TEST_F(IdleTest, ActivityBusyAndHooks) {
+    clock.advanceSecs(10);
+    SessionGuards::NoteActivity();
+    EXPECT_EQ(SessionGuards::IdleMilliseconds(), 10000);
+    SessionGuards::InstallIdleHooks();
+    clock.advanceSecs(5);
+    SessionGuards::NoteActivity();
+    clock.advanceSecs(2);
+    EXPECT_EQ(SessionGuards::IdleMilliseconds(), 2000);
+
+    SectionLog log;
+    LoggingSection section(11, log);
+    SessionGuards::SetBusy(&section, true);
+    clock.advanceSecs(600);
+    EXPECT_EQ(SessionGuards::IdleMilliseconds(), 0);
+    EXPECT_TRUE(desk.waitCursor);
+    EXPECT_FALSE(w->enabled);
+    EXPECT_FALSE(section.enabled);
+    SessionGuards::SetBusy(&section, false);
+    clock.advanceSecs(3);
+    EXPECT_EQ(SessionGuards::IdleMilliseconds(), 3000);
+    EXPECT_FALSE(desk.waitCursor);
+    EXPECT_TRUE(w->enabled);
+    EXPECT_TRUE(section.enabled);
+
+    SessionGuards::RemoveIdleHooks();
+    clock.advanceSecs(1);
+    SessionGuards::NoteActivity();
+    EXPECT_EQ(SessionGuards::IdleMilliseconds(), 4000);
+}
+
+using ClipboardTest = MainWindowFixture;
+
+// Text copied elsewhere before the start is gone 30 seconds later: first
+// overwritten with random text of its length, then cleared.
+TEST_F(ClipboardTest, WipedThirtySecondsAfterStart) {
+    clip.current = QStringLiteral("account 4711");
+    clock.advanceSecs(29);
+    w->fireDueTimers();
+    EXPECT_EQ(clip.current, "account 4711");
+    clock.advanceSecs(1);
+    w->fireDueTimers();
+    EXPECT_TRUE(clip.current.isEmpty());
+    ASSERT_EQ(clip.written.size(), 1);
+    EXPECT_EQ(clip.written[0].size(), 12);
+    EXPECT_NE(clip.written[0], "account 4711");
+    EXPECT_FALSE(w->timerClipboard.Enabled);
+}
+
+// Copy and Cut give the text its full 30 seconds each time; arming alone
+// does not restart a running timer.
+TEST_F(ClipboardTest, CopyAndCutRestartTheTimerArmingDoesNot) {
+    for (bool cut : {false, true}) {
+        SCOPED_TRACE(cut ? "Cut" : "Copy");
+        ActiveControl control{true, QStringLiteral("user: secret1"), 6, 7};
+        const auto command = [&] { cut ? w->mnuEditCut_Click(control) : w->mnuEditCopy_Click(control); };
+        command();
+        EXPECT_EQ(clip.current, "secret1");
+        EXPECT_TRUE(clip.allSecret);
+        EXPECT_EQ(control.text, cut ? "user: " : "user: secret1");
+
+        clock.advanceSecs(20);
+        control = {true, QStringLiteral("user: secret1"), 6, 7};
+        command();
+        clock.advanceSecs(20);
+        w->fireDueTimers();
+        EXPECT_EQ(clip.current, "secret1");
+
+        SessionGuards::ArmClipboardWipe();
+        clock.advanceSecs(10);
+        w->fireDueTimers();
+        EXPECT_TRUE(clip.current.isEmpty());
+    }
+}
+
+TEST_F(ClipboardTest, PasteReplacesTheSelection) {
+    clip.current = QStringLiteral("XY");
+    ActiveControl control{true, QStringLiteral("abcdef"), 2, 2};
+    w->mnuEditPaste_Click(control);
+    EXPECT_EQ(control.text, "abXYef");
+    EXPECT_EQ(control.selStart, 4);
+}
+
+TEST_F(ClipboardTest, ExitWipesWhateverTheTimer) {
+    w->timerClipboard.setEnabled(false);
+    clip.current = QStringLiteral("pin 1234");
+    w->mnuFileQuit_Click();
+    EXPECT_TRUE(clip.current.isEmpty());
+    EXPECT_EQ(clip.written.size(), 1);
+    EXPECT_EQ(ends, 1);
+}
+
+using StandByTest = MainWindowFixture;
+
+TEST_F(StandByTest, StandsByUntilTimerPWAndTakesNoInput) {
+    QStringList seen;
+    desk.duringEvents = [&] { seen << w->panelComment + (w->enabled ? "+" : "-"); };
+    SessionGuards::StandByPause();
+    ASSERT_FALSE(seen.isEmpty());
+    EXPECT_EQ(seen.count("Stand By-"), seen.size() - 1); // the first round comes before it
+    EXPECT_FALSE(w->timerPW.Enabled);
+    EXPECT_TRUE(w->panelComment.isEmpty());
+    EXPECT_TRUE(w->enabled);
+    EXPECT_FALSE(desk.waitCursor);
+}
+
+using PrivateTest = MainWindowFixture;
+
+TEST_F(PrivateTest, SwitchAsksOnlyToShowAndLockOnlyHides) {
+    ASSERT_TRUE(startOpen());
+    SessionGuards::state().ShowPrivate = false;
+    SessionGuards::HideShow();
+    EXPECT_EQ(w->menu("mnuViewShowPrivate")->caption, "Show Private Records");
+    EXPECT_FALSE(w->toolButton(3).enabled);
+
+    // A wrong passphrase leaves them hidden.
+    type(QStringLiteral("wrong passphrase"));
+    w->mnuViewShowPrivate_Click();
+    EXPECT_FALSE(SessionGuards::state().ShowPrivate);
+    EXPECT_TRUE(ui.shown.contains(LanguageUS::MessageText(85)));
+
+    type(QString::fromLatin1(kPass));
+    w->mnuViewShowPrivate_Click();
+    EXPECT_TRUE(SessionGuards::state().ShowPrivate);
+    EXPECT_EQ(w->menu("mnuViewShowPrivate")->caption, "Hide Private Records");
+    EXPECT_TRUE(w->toolButton(3).enabled);
+
+    const int modals = ui.modalsShown;
+    w->Toolbar1_ButtonClick(QStringLiteral("Lock"));
+    EXPECT_EQ(ui.modalsShown, modals); // hiding asks nothing
+    EXPECT_FALSE(SessionGuards::state().ShowPrivate);
+    EXPECT_FALSE(w->toolButton(3).enabled);
+}
+
+TEST_F(PrivateTest, HidingClosesTheDiaryAndRebuildsOtherLists) {
+    ASSERT_TRUE(startOpen());
+    SectionLog diary, memo;
+    registerLogging(13, diary);
+    registerLogging(14, memo);
+    SessionGuards::state().ShowPrivate = true;
+
+    w->GoToSection(buttonOf(14));
+    w->Toolbar1_ButtonClick(QStringLiteral("Lock"));
+    EXPECT_EQ(memo.hideShows, 1);
+    EXPECT_EQ(w->CurrentSection, 14);
+
+    type(QString::fromLatin1(kPass));
+    w->mnuViewShowPrivate_Click();
+    w->GoToSection(buttonOf(13));
+    ASSERT_EQ(w->CurrentSection, 13);
+    w->Toolbar1_ButtonClick(QStringLiteral("Lock"));
+    EXPECT_EQ(w->CurrentSection, 0);
+    EXPECT_EQ(diary.unloads, 1);
+    EXPECT_NE(dynamic_cast<frmSplash *>(w->section()), nullptr);
+
+    // Nor can it be entered while they are hidden.
+    w->GoToSection(buttonOf(13));
+    EXPECT_EQ(w->CurrentSection, 0);
+    EXPECT_EQ(diary.loads, 1);
+    EXPECT_TRUE(ui.shown.contains(LanguageUS::MessageText(143)));
+}
+
+} // namespace
+} // namespace km::test
