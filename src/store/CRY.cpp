@@ -502,38 +502,12 @@ ScheduleCache::~ScheduleCache() {
     release();
 }
 
-void ScheduleCache::unlink(int index) {
-    Entry &e = entry(index);
-    if (e.prev >= 0)
-        entry(e.prev).next = e.next;
-    else
-        m_head = e.next;
-    if (e.next >= 0)
-        entry(e.next).prev = e.prev;
-    else
-        m_tail = e.prev;
-    e.prev = e.next = -1;
-}
-
-void ScheduleCache::pushFront(int index) {
-    Entry &e = entry(index);
-    e.prev = -1;
-    e.next = m_head;
-    if (m_head >= 0) entry(m_head).prev = index;
-    m_head = index;
-    if (m_tail < 0) m_tail = index;
-}
-
 const CryptoLib::BlowfishSchedule &ScheduleCache::get(int number, const std::uint8_t *key) {
     if (m_slot.empty()) m_slot.assign(KeyCount, -1);
     const auto slot = static_cast<std::size_t>(number) % KeyCount;
     int index = m_slot[slot];
     if (index >= 0) {
         Entry &e = entry(index);
-        if (index != m_head) {
-            unlink(index);
-            pushFront(index);
-        }
         if (std::memcmp(e.key.data(), key, KeyBytes) == 0) return e.schedule;
     } else {
         if (m_used < m_capacity) {
@@ -541,13 +515,11 @@ const CryptoLib::BlowfishSchedule &ScheduleCache::get(int number, const std::uin
             if (static_cast<std::size_t>(index / ChunkEntries) >= m_chunks.size())
                 m_chunks.push_back(std::make_unique<Entry[]>(ChunkEntries));
         } else {
-            index = m_tail; // recycle the least recently used
-            unlink(index);
+            index = static_cast<int>(km::RndInt(m_capacity)); // a random victim
             m_slot[static_cast<std::size_t>(entry(index).number)] = -1;
         }
         m_slot[slot] = index;
         entry(index).number = static_cast<std::int32_t>(slot);
-        pushFront(index);
     }
     ++m_misses;
     Entry &e = entry(index);
@@ -561,11 +533,10 @@ void ScheduleCache::clear() {
         Entry &e = entry(i);
         e.schedule.wipe();
         km::cleanse(e.key.data(), e.key.size());
-        e.number = e.prev = e.next = -1;
+        e.number = -1;
     }
     std::fill(m_slot.begin(), m_slot.end(), -1);
     m_used = 0;
-    m_head = m_tail = -1;
     m_misses = 0;
 }
 

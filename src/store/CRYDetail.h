@@ -15,12 +15,16 @@ namespace CRY {
 
 // Blowfish key schedules of recently used key numbers. A schedule costs far
 // more to make than a short field costs to decrypt, and a list shows many
-// rows under few repeating key numbers, so schedules are kept per key number
-// with least-recently-used eviction.
+// rows under few repeating key numbers, so schedules are kept per key number.
+//
+// A full cache makes room by dropping an entry drawn at random. Lists are read
+// again and again in the same order, and a list of more key numbers than the
+// cache holds would, under least-recently-used eviction, always drop exactly
+// the schedule it needs next; a random victim keeps most of such a list.
 //
 // A look-up is O(1) and allocates nothing: an index of 65536 slots maps a key
-// number to an entry of a pool, and the entries form an intrusive list in use
-// order. The pool grows in chunks up to its capacity and is then recycled.
+// number to an entry of a pool. The pool grows in chunks up to its capacity
+// and is then recycled.
 // Each entry also keeps the 16-byte key it was made from; an entry whose key
 // differs from the key asked for is rebuilt, so a schedule is never used for
 // a key it does not belong to, whatever happened to the key table meanwhile.
@@ -54,19 +58,13 @@ private:
         CryptoLib::BlowfishSchedule schedule;
         std::array<std::uint8_t, KeyBytes> key{};
         std::int32_t number = -1;
-        std::int32_t prev = -1;
-        std::int32_t next = -1;
     };
     static constexpr int ChunkEntries = 256;
 
     Entry &entry(int index) { return m_chunks[index / ChunkEntries][index % ChunkEntries]; }
-    void unlink(int index);
-    void pushFront(int index);
 
     int m_capacity;
     int m_used = 0;
-    int m_head = -1; // most recently used
-    int m_tail = -1; // least recently used
     long long m_misses = 0;
     std::vector<std::int32_t> m_slot; // key number -> entry, -1 when absent
     std::vector<std::unique_ptr<Entry[]>> m_chunks;
