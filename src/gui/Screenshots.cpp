@@ -1,0 +1,140 @@
+#include "gui/Screenshots.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QDir>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTimer>
+
+#include "gui/shell/frmMDI.h"
+#include "gui/shell/frmOptions.h"
+#include "gui/shell/frmTip.h"
+#include "gui/store/frmEditCategories.h"
+#include "gui/store/frmMenuDB.h"
+#include "gui/store/frmPW.h"
+#include "shell/Dialogs.h"
+#include "shell/LanguageUS.h"
+#include "shell/frmMDI.h"
+#include "store/Users.h"
+#include "store/frmEditCategories.h"
+#include "store/frmMenuDB.h"
+#include "store/frmPW.h"
+
+namespace km::gui {
+
+namespace {
+
+class Photographer : public QObject {
+public:
+    QString folder, passphrase;
+    QString nextPw = QStringLiteral("passphrase-new"); // the name of the next frmPW picture
+    QString pwAnswer;                                  // empty: the passphrase
+    bool cancelPw = false;                             // picture only, then Cancel
+    int messages = 0;
+
+    void save(QWidget *w, const QString &name) {
+        QApplication::processEvents();
+        w->grab().save(QDir(folder).filePath(name + QStringLiteral(".png")));
+    }
+
+    bool eventFilter(QObject *watched, QEvent *event) override {
+        if (event->type() == QEvent::Show && watched->isWidgetType()) {
+            auto *w = static_cast<QWidget *>(watched);
+            if (w->isWindow() && qobject_cast<QDialog *>(w))
+                QTimer::singleShot(400, this, [this, d = QPointer<QWidget>(w)] {
+                    if (d && d->isVisible()) answer(d);
+                });
+        }
+        return false;
+    }
+
+    void answer(QWidget *d) {
+        if (auto *pw = qobject_cast<frmPW *>(d)) {
+            pw->txtInput->setText(pwAnswer.isEmpty() ? passphrase : pwAnswer);
+            save(pw, nextPw);
+            nextPw = QStringLiteral("passphrase-confirm");
+            if (cancelPw) {
+                pw->cmdCancel->click();
+                return;
+            }
+            pw->cmdOK->click();
+            // The confirmation stays in the same window.
+            QTimer::singleShot(400, this, [this, d = QPointer<QWidget>(pw)] {
+                if (d && d->isVisible()) answer(d);
+            });
+        } else if (auto *box = qobject_cast<QMessageBox *>(d)) {
+            save(box, QStringLiteral("message-%1").arg(++messages));
+            box->defaultButton()->click();
+        } else if (auto *tip = qobject_cast<frmTip *>(d)) {
+            save(tip, QStringLiteral("tip"));
+            tip->cmdOK->click();
+        } else if (auto *options = qobject_cast<frmOptions *>(d)) {
+            for (int tab = 0; tab < options->SSTab1->count(); ++tab) {
+                nextPw = QStringLiteral("passphrase-verify");
+                options->SSTab1->setCurrentIndex(tab);
+                save(options, QStringLiteral("preferences-%1").arg(options->SSTab1->tabText(tab).toLower()));
+            }
+            options->cmdCancel->click();
+        } else if (auto *menu = qobject_cast<frmMenuDB *>(d)) {
+            save(menu, QStringLiteral("menudb"));
+            menu->cmdCancel->click();
+        } else if (auto *cats = qobject_cast<frmEditCategories *>(d)) {
+            save(cats, QStringLiteral("categories"));
+            cats->cmdEsc->click();
+        } else if (auto *dialog = qobject_cast<QDialog *>(d)) {
+            save(dialog, dialog->objectName().isEmpty() ? QStringLiteral("dialog") : dialog->objectName());
+            dialog->reject();
+        }
+    }
+};
+
+Photographer *g_photographer = nullptr;
+
+} // namespace
+
+void StartScreenshots(const QString &folder, const QString &passphrase) {
+    QDir().mkpath(folder);
+    g_photographer = new Photographer;
+    g_photographer->folder = folder;
+    g_photographer->passphrase = passphrase;
+    qApp->installEventFilter(g_photographer);
+}
+
+void RunScreenshotTour(frmMDI &window, km::frmMDI &model) {
+    QTimer::singleShot(2500, &window, [&window, &model] {
+        Photographer &p = *g_photographer;
+        p.save(&window, QStringLiteral("main-startscreen"));
+
+        model.menuClick(QStringLiteral("mnuToolsPreferences"));
+
+        km::frmPW login;
+        login.lblPrompt = LanguageUS::MessageText(159);
+        login.txtPath = QStringLiteral("PERSONALDATA.KMD\n") + QDir::homePath();
+        login.Form_Load();
+        p.nextPw = QStringLiteral("passphrase");
+        p.pwAnswer = QStringLiteral("x");
+        p.cancelPw = true;
+        ui().showModal(login);
+        p.cancelPw = false;
+
+        p.nextPw = QStringLiteral("pin");
+        p.pwAnswer = QStringLiteral("0000");
+        Users::RequestPin();
+        p.pwAnswer.clear();
+
+        km::frmMenuDB menu;
+        ui().showModal(menu);
+        km::frmEditCategories::Edit(14);
+
+        model.optSection_ButtonClick(1);
+        QTimer::singleShot(500, &window, [&window, &model] {
+            g_photographer->save(&window, QStringLiteral("main-section"));
+            model.ExitProgram();
+        });
+    });
+}
+
+} // namespace km::gui

@@ -1,0 +1,36 @@
+// The keystroke shield on real windows. A shielded window, while it is the
+// active window, takes every text key itself: the character is written into
+// the focused text box by SHIELD::ShieldKeyProc's rule and the key event ends
+// there, so no other widget, shortcut or input method sees it. On X11 the
+// window also holds the keyboard grab while it is active, so no other client
+// gets a copy of any key; the grab goes when the window is deactivated or
+// hidden and comes back when it is active again. On Wayland a client cannot
+// grab the keyboard, and needs not: the compositor sends keys only to the
+// focused surface, so other programs never see them. Ctrl+X, C and V arm the
+// clipboard wipe and then work as usual.
+#pragma once
+
+class QKeyEvent;
+class QWidget;
+
+namespace km::gui {
+
+// Puts the shield on window for its whole life (the filter dies with it).
+void InstallShield(QWidget *window);
+// The address window's variant: at first it only watches Ctrl+X and Ctrl+C to
+// arm the wipe; once it has been out of front and comes back it carries the
+// full shield.
+void InstallWatch(QWidget *window);
+
+// The key of a key event in the shield's virtual key numbering, 0 for a key
+// the shield does not know (those pass as usual). Symbols count only on the
+// Shift level where the base layout has them.
+int VirtualKeyOf(const QKeyEvent &event);
+
+// The subclass of one control at a time (the budget list, the confidential
+// field under the mouse): no column resizing by the person, no context menu
+// with its Cut, Copy and Paste. Hooking a control releases the one before.
+void HookControl(QWidget *control);
+void UnhookControl();
+
+} // namespace km::gui
