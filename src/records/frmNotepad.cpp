@@ -76,6 +76,7 @@ void frmNotepad::clearPane() {
     ctlLastModified.clear();
     recordChanged = false;
     newRecord = false;
+    Values.clear();
 }
 
 void frmNotepad::listSelect_Initialize(qint64 select) {
@@ -114,6 +115,7 @@ void frmNotepad::showRecord(qint64 id) {
     const records::StoredRecord r = records::ReadRecord(id);
     if (!r.found) return;
     RowId = id;
+    Values = r.values;
     txtSubject = r.values.value(Subject);
     txtInput = r.values.value(Memo);
     ctlPrivate = r.values.value(Private) == QLatin1String("True");
@@ -182,8 +184,7 @@ qint64 frmNotepad::SaveRecord() {
     request.layout = kLayout;
     request.values = {QVariant(), ctlPrivate, QVariant(), QVariant(), txtSubject, txtInput};
     // The creation date of an old memo stays as it was.
-    if (!newRecord && RowId != 0)
-        request.values[DateCreated] = records::ReadRecord(RowId).values.value(DateCreated);
+    if (!newRecord && RowId != 0) request.values[DateCreated] = Values.value(DateCreated);
     request.title = txtSubject;
     request.g1 = CATEGORIES::CategoryOfSelector(cboCategory);
     request.userSlot = UserNumber;

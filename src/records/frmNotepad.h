@@ -51,6 +51,7 @@ public:
     bool recordChanged = false;
     bool newRecord = false;
     qint64 RowId = 0;
+    QStringList Values; // the shown memo's six slots, as read
 
     // Commands.
     void listSelect_Initialize(qint64 select = 0);
