@@ -29,6 +29,24 @@ QList<ListItem> SortedList(int section, std::optional<int> filter, int sectionBi
     return out;
 }
 
+int FillList(km::ListBox &list, const QList<ListItem> &items, qint64 select) {
+    list.Clear();
+    for (const ListItem &item : items)
+        list.AddItem(item.text, static_cast<int>(item.id));
+    if (list.ListCount() == 0) return -1;
+    int index = 0;
+    for (int i = 0; i < list.ListCount(); ++i)
+        if (list.ItemData(i) == select) index = i;
+    list.setListIndex(index);
+    return index;
+}
+
+qint64 NeighbourOf(const km::ListBox &list, int index) {
+    if (index + 1 < list.ListCount()) return list.ItemData(index + 1);
+    if (index > 0) return list.ItemData(index - 1);
+    return 0;
+}
+
 StoredRecord ReadRecord(qint64 rowId) {
     StoredRecord r;
     auto rows = db::Store().OpenRowSet(

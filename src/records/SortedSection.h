@@ -9,6 +9,7 @@
 #include <QString>
 #include <QVariantList>
 
+#include "shell/Controls.h"
 #include "store/Record_Put.h"
 
 namespace records {
@@ -22,6 +23,13 @@ struct ListItem {
 // sort index. While private records are hidden, each payload is decrypted to
 // leave private rows out (sectionBit: the section's private-flag place).
 QList<ListItem> SortedList(int section, std::optional<int> filter, int sectionBit, bool showPrivate);
+
+// Puts the items into the list control (item data: fPK) and selects the one
+// of row `select`, else the first. Returns the selected index, -1 for none.
+int FillList(km::ListBox &list, const QList<ListItem> &items, qint64 select);
+// The row to select once the one at index has gone: the next, else the one
+// before, else none (0).
+qint64 NeighbourOf(const km::ListBox &list, int index);
 
 // The record of a row, its slots as text (empty when the row is missing).
 struct StoredRecord {

@@ -140,16 +140,11 @@ void frmClassified::listSelect_Initialize(qint64 select) {
     clearPane();
     if (!KindOf(cat)) return;
     SessionGuards::SetBusy(this, true);
-    for (const records::ListItem &item :
-         records::SortedList(Section, cat, PrivateBit, SessionGuards::state().ShowPrivate))
-        listSelect.AddItem(item.text, static_cast<int>(item.id));
+    const int index = records::FillList(
+        listSelect, records::SortedList(Section, cat, PrivateBit, SessionGuards::state().ShowPrivate),
+        select);
     SessionGuards::SetBusy(this, false);
-    if (listSelect.ListCount() == 0) return;
-    int index = 0;
-    for (int i = 0; i < listSelect.ListCount(); ++i)
-        if (listSelect.ItemData(i) == select) index = i;
-    listSelect.setListIndex(index);
-    showRecord(listSelect.ItemData(index));
+    if (index >= 0) showRecord(listSelect.ItemData(index));
 }
 
 void frmClassified::listSelect_Click(int index) {
@@ -232,9 +227,7 @@ void frmClassified::cmdDelete_Click() {
     const QString text = LanguageUS::MessageText(79) + QStringLiteral("   ") + listSelect.List(index);
     if (ui().message(text, Buttons::OKCancel, Answer::Cancel, Icon::Exclamation) != Answer::OK) return;
     records::DeleteRow(listSelect.ItemData(index));
-    const qint64 next = index + 1 < listSelect.ListCount() ? listSelect.ItemData(index + 1)
-                        : index > 0                        ? listSelect.ItemData(index - 1)
-                                                           : 0;
+    const qint64 next = records::NeighbourOf(listSelect, index);
     listSelect_Initialize(next);
 }
 

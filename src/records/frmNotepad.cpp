@@ -81,20 +81,14 @@ void frmNotepad::clearPane() {
 
 void frmNotepad::listSelect_Initialize(qint64 select) {
     SessionGuards::SetBusy(this, true);
-    ListSelect.Clear();
-    for (const records::ListItem &item :
-         records::SortedList(Section, Filter(), PrivateBit, SessionGuards::state().ShowPrivate))
-        ListSelect.AddItem(item.text, static_cast<int>(item.id));
+    const int index = records::FillList(
+        ListSelect, records::SortedList(Section, Filter(), PrivateBit, SessionGuards::state().ShowPrivate),
+        select);
     SessionGuards::SetBusy(this, false);
-    if (ListSelect.ListCount() == 0) {
+    if (index < 0)
         clearPane();
-        return;
-    }
-    int index = 0;
-    for (int i = 0; i < ListSelect.ListCount(); ++i)
-        if (ListSelect.ItemData(i) == select) index = i;
-    ListSelect.setListIndex(index);
-    showRecord(ListSelect.ItemData(index));
+    else
+        showRecord(ListSelect.ItemData(index));
 }
 
 void frmNotepad::askStoreChanged() {
@@ -209,9 +203,7 @@ void frmNotepad::cmdDelete_Click() {
     if (ui().message(text, Buttons::OKCancel, Answer::Cancel, Icon::Exclamation) != Answer::OK) return;
     records::DeleteRow(ListSelect.ItemData(index));
     recordChanged = false;
-    const qint64 next = index + 1 < ListSelect.ListCount() ? ListSelect.ItemData(index + 1)
-                        : index > 0                        ? ListSelect.ItemData(index - 1)
-                                                           : 0;
+    const qint64 next = records::NeighbourOf(ListSelect, index);
     listSelect_Initialize(next);
 }
 
