@@ -27,6 +27,7 @@ Session &session() {
 
 CliDialogs &SetUpDialogs(Context &ctx, bool startWithNew) {
     Session &s = session();
+    db::state().RememberRecentFiles = false;
     s.source = std::make_unique<PassphraseSource>();
     if (!ctx.passphraseFile.isEmpty()) {
         QString why;

@@ -25,6 +25,7 @@ struct State {
     bool DbOpen = false;                  // the open sequence has finished
     int OpenAttempts = 0;                 // tries in the current open sequence
     bool NewStore = false;                // set after a create, cleared after an open of an old store
+    bool RememberRecentFiles = true;      // the command line leaves the program's last store alone
     // Called by FinishOpen once the store is open, and by CloseStore: the main
     // window enables its commands and puts the file name into its title.
     std::function<void()> AfterOpen;

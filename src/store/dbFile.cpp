@@ -42,6 +42,7 @@ void LoadRecentFiles() {
 }
 
 void SaveRecentFiles() {
+    if (!state().RememberRecentFiles) return;
     km::RegWrite(RecentFileValue, state().DatabasePath);
     km::RegWrite(LastUserValue, state().LastUser);
 }
