@@ -7,8 +7,10 @@
 #include "gui/QtDialogs.h"
 #include "gui/QtServices.h"
 #include "gui/Screenshots.h"
+#include "gui/records/RecordsViews.h"
 #include "gui/shell/frmMDI.h"
 #include "platform/Process.h"
+#include "records/RecordsSections.h"
 #include "shell/frmMDI.h"
 
 int main(int argc, char **argv) {
@@ -20,6 +22,8 @@ int main(int argc, char **argv) {
     km::setUi(&dialogs);
     km::setClipboard(&clipboard);
     km::setDesktop(&desktop);
+    records::RegisterSections();
+    km::gui::RegisterRecordsViews(dialogs);
 
     km::frmMDI model;
     const QString screenshots = qEnvironmentVariable("KM_SCREENSHOT_DIR");

@@ -15,9 +15,12 @@
 #include "gui/store/frmEditCategories.h"
 #include "gui/store/frmMenuDB.h"
 #include "gui/store/frmPW.h"
+#include "records/frmClassified.h"
+#include "records/frmNotepad.h"
 #include "shell/Dialogs.h"
 #include "shell/LanguageUS.h"
 #include "shell/frmMDI.h"
+#include "store/CATEGORIES.h"
 #include "store/Users.h"
 #include "store/frmEditCategories.h"
 #include "store/frmMenuDB.h"
@@ -103,6 +106,57 @@ void StartScreenshots(const QString &folder, const QString &passphrase) {
     qApp->installEventFilter(g_photographer);
 }
 
+namespace {
+
+// The memo and confidential sections with a few records written through their
+// models' save paths, then their editors; ends the program.
+void TourRecords(frmMDI &window, km::frmMDI &model) {
+    Photographer &p = *g_photographer;
+    model.optSection_ButtonClick(4);
+    if (auto *memos = dynamic_cast<km::frmNotepad *>(model.section())) {
+        const QList<std::pair<QString, QString>> samples = {
+            {QStringLiteral("Shopping list"), QStringLiteral("Bread\nMilk\nApples (the green ones)")},
+            {QStringLiteral("2024 tax papers"), QStringLiteral("Receipts are in the blue folder.")},
+            {QString::fromUtf8("\u00c4rzte und Termine"),
+             QStringLiteral("Dentist: every six months.\nEye doctor: next spring.")}};
+        qint64 shown = 0;
+        for (const auto &[subject, body] : samples) {
+            memos->newRecord = true;
+            memos->txtSubject = subject;
+            memos->txtInput = body;
+            memos->ctlPrivate = false;
+            CATEGORIES::SelectCategory(memos->cboCategory, CATEGORIES::CategoryUnfiled);
+            const qint64 id = memos->SaveRecord();
+            if (!shown) shown = id;
+        }
+        memos->listSelect_Initialize(shown);
+        window.sync();
+        p.save(&window, QStringLiteral("memo-section"));
+        memos->cmdEdit_Click(); // the editor is pictured and left with Esc
+    }
+
+    model.optSection_ButtonClick(6);
+    if (auto *data = dynamic_cast<km::frmClassified *>(model.section())) {
+        data->cat_Click(1);
+        data->newRecord = true;
+        data->txtCtl = {QStringLiteral("Example Shop"), QStringLiteral("https://shop.example.com"),
+                        QStringLiteral("j.doe"), QStringLiteral("Tr0ub4dor&3"), QString()};
+        data->txtNotes = QStringLiteral("Security question: first pet.");
+        data->listSelect_Initialize(data->SaveRecord());
+        window.sync();
+        p.save(&window, QStringLiteral("confidential-section"));
+        data->cmdEdit_Click();
+
+        km::frmEditText text;
+        text.txtSubject = QStringLiteral("Notes");
+        text.txt = data->txtNotes;
+        ui().showModal(text);
+    }
+    QTimer::singleShot(300, &window, [&model] { model.ExitProgram(); });
+}
+
+} // namespace
+
 void RunScreenshotTour(frmMDI &window, km::frmMDI &model) {
     QTimer::singleShot(2500, &window, [&window, &model] {
         Photographer &p = *g_photographer;
@@ -132,7 +186,7 @@ void RunScreenshotTour(frmMDI &window, km::frmMDI &model) {
         model.optSection_ButtonClick(1);
         QTimer::singleShot(500, &window, [&window, &model] {
             g_photographer->save(&window, QStringLiteral("main-section"));
-            model.ExitProgram();
+            TourRecords(window, model);
         });
     });
 }

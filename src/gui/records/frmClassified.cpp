@@ -1,0 +1,204 @@
+#include "gui/records/frmClassified.h"
+
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenu>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include "gui/Controls.h"
+#include "gui/records/RecordsViews.h"
+
+namespace km::gui {
+
+namespace {
+
+// The kinds as the kind panel groups them.
+struct KindGroup {
+    const char *caption;
+    QList<int> kinds;
+};
+const QList<KindGroup> &kindGroups() {
+    static const QList<KindGroup> groups = {
+        {"Internet", {1, 16, 2, 3, 4}}, {"Money", {5, 6, 7, 8}}, {"Software", {9, 10}},
+        {"Personal", {11, 12, 13, 14}}, {"Miscellaneous", {15}},
+    };
+    return groups;
+}
+
+} // namespace
+
+frmClassified::frmClassified(km::frmClassified &model, QWidget *parent)
+    : SectionView(parent), m_model(model) {
+    // The kinds: one column of buttons under the captions of their groups.
+    auto *kinds = new QWidget(this);
+    auto *kindColumn = new QVBoxLayout(kinds);
+    kindColumn->setContentsMargins(0, 0, 0, 0);
+    kindColumn->setSpacing(1);
+    auto *exclusive = new QButtonGroup(this);
+    for (const KindGroup &group : kindGroups()) {
+        auto *caption = new QLabel(QString::fromLatin1(group.caption), kinds);
+        QFont bold = caption->font();
+        bold.setBold(true);
+        caption->setFont(bold);
+        caption->setStyleSheet(QStringLiteral("color: #1f4e79;"));
+        if (kindColumn->count() > 0) kindColumn->addSpacing(5);
+        kindColumn->addWidget(caption);
+        for (int id : group.kinds) {
+            const ConfidentialKind *kind = KindOf(id);
+            auto *button = new QToolButton(kinds);
+            button->setText(kind->caption);
+            button->setToolTip(kind->toolTip);
+            button->setCheckable(true);
+            button->setAutoRaise(true);
+            button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+            button->setFocusPolicy(Qt::TabFocus);
+            exclusive->addButton(button, id);
+            cat[id] = button;
+            kindColumn->addWidget(button);
+        }
+    }
+    kindColumn->addStretch();
+
+    listSelect = new QListWidget(this);
+    listSelect->installEventFilter(this);
+
+    auto *pane = new QWidget(this);
+    lblCategory = new QLabel(pane);
+    QFont big = lblCategory->font();
+    big.setBold(true);
+    big.setPointSizeF(big.pointSizeF() * 1.2);
+    lblCategory->setFont(big);
+    auto *fields = new QGridLayout;
+    for (int i = 0; i < 5; ++i) {
+        lblTxt[i] = new QLabel(pane);
+        txtCtl[i] = new QLineEdit(pane);
+        txtCtl[i]->setReadOnly(true);
+        txtCtl[i]->setContextMenuPolicy(Qt::CustomContextMenu);
+        fields->addWidget(lblTxt[i], i, 0);
+        fields->addWidget(txtCtl[i], i, 1);
+        connect(txtCtl[i], &QWidget::customContextMenuRequested, this,
+                [this, i](const QPoint &pos) { offerCopy(txtCtl[i], i, pos); });
+    }
+    fields->setColumnStretch(1, 1);
+    txtNotes = new QPlainTextEdit(pane);
+    txtNotes->setReadOnly(true);
+    txtNotes->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(txtNotes, &QWidget::customContextMenuRequested, this, [this](const QPoint &pos) {
+        // The position is the viewport's, inside the frame.
+        offerCopy(txtNotes->viewport(), km::frmClassified::notes, pos);
+    });
+    ctlPrivate = new QCheckBox(QStringLiteral("Private"), pane);
+    ShowOnly(ctlPrivate);
+    chkPlainPW = new QCheckBox(QStringLiteral("Show Plain Password"), pane);
+    lblLastModified = new QLabel(pane);
+    lblLastModified->setStyleSheet(QStringLiteral("color: #555;"));
+    cmdAdd = new QPushButton(QStringLiteral("New Record"), pane);
+    cmdEdit = new QPushButton(QStringLiteral("Edit"), pane);
+    cmdDelete = new QPushButton(QStringLiteral("Delete"), pane);
+
+    auto *flags = new QHBoxLayout;
+    flags->addWidget(ctlPrivate);
+    flags->addSpacing(16);
+    flags->addWidget(chkPlainPW);
+    flags->addStretch();
+    auto *buttons = new QHBoxLayout;
+    for (QPushButton *b : {cmdAdd, cmdEdit, cmdDelete})
+        buttons->addWidget(b);
+    buttons->addStretch();
+    auto *paneLayout = new QVBoxLayout(pane);
+    paneLayout->setContentsMargins(0, 0, 0, 0);
+    paneLayout->addWidget(lblCategory);
+    paneLayout->addLayout(fields);
+    paneLayout->addWidget(new QLabel(QStringLiteral("Notes:"), pane));
+    paneLayout->addWidget(txtNotes, 1);
+    paneLayout->addWidget(lblLastModified);
+    paneLayout->addLayout(flags);
+    paneLayout->addLayout(buttons);
+
+    listSelect->setMinimumWidth(150);
+    auto *layout = new QHBoxLayout(this);
+    layout->addWidget(kinds);
+    layout->addWidget(listSelect, 2);
+    layout->addWidget(pane, 5);
+    DrawOnWindowColour(this);
+
+    connect(exclusive, &QButtonGroup::idClicked, this,
+            [this](int kind) { command([this, kind] { m_model.cat_Click(kind); }); });
+    connect(listSelect, &QListWidget::currentRowChanged, this, [this](int row) {
+        if (row != m_model.listSelect.ListIndex()) command([this, row] { m_model.listSelect_Click(row); });
+    });
+    // Queued, as the refill after the save replaces the list's items.
+    connect(
+        listSelect, &QListWidget::itemDoubleClicked, this,
+        [this] { command([this] { m_model.cmdEdit_Click(); }); }, Qt::QueuedConnection);
+    connect(chkPlainPW, &QCheckBox::clicked, this, [this](bool on) {
+        command([this, on] {
+            m_model.chkPlainPW = on;
+            m_model.chkPlainPW_Click();
+        });
+    });
+    connect(cmdAdd, &QPushButton::clicked, this, [this] { command([this] { m_model.cmdAdd_Click(); }); });
+    connect(cmdEdit, &QPushButton::clicked, this, [this] { command([this] { m_model.cmdEdit_Click(); }); });
+    connect(cmdDelete, &QPushButton::clicked, this,
+            [this] { command([this] { m_model.cmdDelete_Click(); }); });
+}
+
+void frmClassified::command(const std::function<void()> &fn) {
+    fn();
+    sync();
+}
+
+void frmClassified::offerCopy(QWidget *control, int field, const QPoint &pos) {
+    QMenu menu(this);
+    QAction *copy = menu.addAction(QStringLiteral("Copy"));
+    const QString text =
+        field == km::frmClassified::notes ? m_model.txtNotes : m_model.txtCtl[static_cast<size_t>(field)];
+    copy->setEnabled(!text.isEmpty());
+    if (menu.exec(control->mapToGlobal(pos)) == copy) command([this, field] { m_model.CopyField(field); });
+}
+
+bool frmClassified::eventFilter(QObject *watched, QEvent *event) {
+    if (watched == listSelect && event->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent *>(event)->key();
+        if (key == Qt::Key_Return || key == Qt::Key_Enter) {
+            command([this] { m_model.cmdEdit_Click(); });
+            return true;
+        }
+        if (key == Qt::Key_Delete) {
+            command([this] { m_model.cmdDelete_Click(); });
+            return true;
+        }
+    }
+    return SectionView::eventFilter(watched, event);
+}
+
+void frmClassified::sync() {
+    setEnabled(m_model.enabled);
+    for (auto &[kind, button] : cat)
+        button->setChecked(kind == m_model.cat);
+    drawList(listSelect, m_model.listSelect);
+    lblCategory->setText(m_model.lblCategory);
+    for (size_t i = 0; i < 5; ++i) {
+        lblTxt[i]->setText(m_model.lblTxt[i]);
+        lblTxt[i]->setVisible(m_model.visible[i]);
+        txtCtl[i]->setVisible(m_model.visible[i]);
+        txtCtl[i]->setEchoMode(m_model.masked[i] ? QLineEdit::Password : QLineEdit::Normal);
+        drawText(txtCtl[i], m_model.txtCtl[i]);
+        txtCtl[i]->setCursorPosition(0);
+    }
+    drawPlain(txtNotes, m_model.txtNotes);
+    ctlPrivate->setChecked(m_model.ctlPrivate);
+    chkPlainPW->setChecked(m_model.chkPlainPW);
+    lblLastModified->setText(m_model.lblLastModified);
+}
+
+} // namespace km::gui

@@ -1,0 +1,39 @@
+// The "Memo" dialog over its model: subject, category, body and the private
+// flag; shielded. Whatever is typed goes to the model at once and marks it
+// changed.
+#pragma once
+
+#include "gui/ModelDialog.h"
+#include "records/frmNotepad.h"
+
+class QCheckBox;
+class QComboBox;
+class QLineEdit;
+class QPlainTextEdit;
+class QPushButton;
+class QToolButton;
+
+namespace km::gui {
+
+class frmEditNotepad : public ModelDialog {
+    Q_OBJECT
+public:
+    frmEditNotepad(km::frmEditNotepad &model, QWidget *parent = nullptr);
+    void sync() override;
+
+    QLineEdit *ctlSubject = nullptr;
+    QComboBox *ctlCategory = nullptr;
+    QToolButton *cmdEditCat = nullptr;
+    QPlainTextEdit *ctlNote = nullptr;
+    QCheckBox *ctlPrivate = nullptr;
+    QPushButton *cmdOK = nullptr;
+    QPushButton *cmdEsc = nullptr;
+
+protected:
+    bool cancelCommand() override;
+
+private:
+    km::frmEditNotepad &m_model;
+};
+
+} // namespace km::gui

@@ -1,0 +1,147 @@
+#include "gui/records/frmNotepad.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QSplitter>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include "gui/Controls.h"
+#include "gui/records/RecordsViews.h"
+
+namespace km::gui {
+
+frmNotepad::frmNotepad(km::frmNotepad &model, QWidget *parent) : SectionView(parent), m_model(model) {
+    auto *left = new QWidget(this);
+    cboCategories = new QComboBox(left);
+    cboCategories->setToolTip(QStringLiteral("Show the memos of one category"));
+    cmdEditCat = new QToolButton(left);
+    cmdEditCat->setText(QStringLiteral("..."));
+    cmdEditCat->setToolTip(QStringLiteral("Edit categories"));
+    ListSelect = new QListWidget(left);
+    ListSelect->installEventFilter(this);
+    auto *filter = new QHBoxLayout;
+    filter->addWidget(cboCategories, 1);
+    filter->addWidget(cmdEditCat);
+    auto *leftLayout = new QVBoxLayout(left);
+    leftLayout->setContentsMargins(0, 0, 0, 0);
+    leftLayout->addLayout(filter);
+    leftLayout->addWidget(ListSelect, 1);
+
+    auto *pane = new QWidget(this);
+    txtSubject = new QLineEdit(pane);
+    txtSubject->setReadOnly(true);
+    QFont bold = txtSubject->font();
+    bold.setBold(true);
+    txtSubject->setFont(bold);
+    cboCategory = new QComboBox(pane);
+    ShowOnly(cboCategory);
+    txtInput = new QPlainTextEdit(pane);
+    txtInput->setReadOnly(true);
+    ctlPrivate = new QCheckBox(QStringLiteral("Private"), pane);
+    ShowOnly(ctlPrivate);
+    ctlDateCreated = new QLabel(pane);
+    ctlLastModified = new QLabel(pane);
+    for (QLabel *date : {ctlDateCreated, ctlLastModified})
+        date->setStyleSheet(QStringLiteral("color: #555;"));
+    cmdAdd = new QPushButton(QStringLiteral("New"), pane);
+    cmdEdit = new QPushButton(QStringLiteral("Edit"), pane);
+    cmdDelete = new QPushButton(QStringLiteral("Delete"), pane);
+
+    auto *head = new QGridLayout;
+    head->addWidget(new QLabel(QStringLiteral("Subject"), pane), 0, 0);
+    head->addWidget(txtSubject, 0, 1);
+    head->addWidget(new QLabel(QStringLiteral("Category"), pane), 1, 0);
+    head->addWidget(cboCategory, 1, 1);
+    auto *flags = new QHBoxLayout;
+    flags->addWidget(ctlPrivate);
+    flags->addStretch();
+    auto *dates = new QVBoxLayout;
+    dates->addWidget(ctlDateCreated);
+    dates->addWidget(ctlLastModified);
+    flags->addLayout(dates);
+    auto *buttons = new QHBoxLayout;
+    for (QPushButton *b : {cmdAdd, cmdEdit, cmdDelete})
+        buttons->addWidget(b);
+    buttons->addStretch();
+    auto *paneLayout = new QVBoxLayout(pane);
+    paneLayout->setContentsMargins(0, 0, 0, 0);
+    paneLayout->addLayout(head);
+    paneLayout->addWidget(txtInput, 1);
+    paneLayout->addLayout(flags);
+    paneLayout->addLayout(buttons);
+
+    auto *split = new QSplitter(this);
+    split->addWidget(left);
+    split->addWidget(pane);
+    split->setStretchFactor(0, 1);
+    split->setStretchFactor(1, 2);
+    split->setChildrenCollapsible(false);
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(split);
+    DrawOnWindowColour(this);
+
+    connect(cboCategories, &QComboBox::activated, this, [this](int index) {
+        command([this, index] {
+            m_model.cboCategories.setListIndex(index);
+            m_model.cboCategories_Click();
+        });
+    });
+    connect(ListSelect, &QListWidget::currentRowChanged, this, [this](int row) {
+        if (row != m_model.ListSelect.ListIndex()) command([this, row] { m_model.listSelect_Click(row); });
+    });
+    // Queued: the editor must not run inside the list's own mouse handling,
+    // which the refill after the save would pull from under it.
+    connect(
+        ListSelect, &QListWidget::itemDoubleClicked, this,
+        [this] { command([this] { m_model.cmdEdit_Click(); }); }, Qt::QueuedConnection);
+    connect(cmdEditCat, &QToolButton::clicked, this,
+            [this] { command([this] { m_model.cmdEditCat_Click(); }); });
+    connect(cmdAdd, &QPushButton::clicked, this, [this] { command([this] { m_model.cmdAdd_Click(); }); });
+    connect(cmdEdit, &QPushButton::clicked, this, [this] { command([this] { m_model.cmdEdit_Click(); }); });
+    connect(cmdDelete, &QPushButton::clicked, this,
+            [this] { command([this] { m_model.cmdDelete_Click(); }); });
+}
+
+void frmNotepad::command(const std::function<void()> &fn) {
+    fn();
+    sync();
+}
+
+bool frmNotepad::eventFilter(QObject *watched, QEvent *event) {
+    if (watched == ListSelect && event->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent *>(event)->key();
+        if (key == Qt::Key_Return || key == Qt::Key_Enter) {
+            command([this] { m_model.cmdEdit_Click(); });
+            return true;
+        }
+        if (key == Qt::Key_Delete) {
+            command([this] { m_model.cmdDelete_Click(); });
+            return true;
+        }
+    }
+    return SectionView::eventFilter(watched, event);
+}
+
+void frmNotepad::sync() {
+    setEnabled(m_model.enabled);
+    drawCombo(cboCategories, m_model.cboCategories);
+    drawList(ListSelect, m_model.ListSelect);
+    drawText(txtSubject, m_model.txtSubject);
+    txtSubject->setCursorPosition(0);
+    drawCombo(cboCategory, m_model.cboCategory);
+    drawPlain(txtInput, m_model.txtInput);
+    ctlPrivate->setChecked(m_model.ctlPrivate);
+    ctlDateCreated->setText(m_model.ctlDateCreated);
+    ctlLastModified->setText(m_model.ctlLastModified);
+}
+
+} // namespace km::gui

@@ -1,0 +1,52 @@
+// The memo section over its model: the category filter and the list of
+// subjects on the left, the shown memo on the right (read-only), and the
+// buttons New, Edit, Delete. Every click goes to the model, then the view
+// redraws.
+#pragma once
+
+#include <functional>
+
+#include "gui/shell/SectionView.h"
+#include "records/frmNotepad.h"
+
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QListWidget;
+class QPlainTextEdit;
+class QPushButton;
+class QToolButton;
+
+namespace km::gui {
+
+class frmNotepad : public SectionView {
+    Q_OBJECT
+public:
+    frmNotepad(km::frmNotepad &model, QWidget *parent = nullptr);
+    void sync() override;
+
+    QComboBox *cboCategories = nullptr;
+    QToolButton *cmdEditCat = nullptr;
+    QListWidget *ListSelect = nullptr;
+    QLineEdit *txtSubject = nullptr;
+    QComboBox *cboCategory = nullptr;
+    QPlainTextEdit *txtInput = nullptr;
+    QCheckBox *ctlPrivate = nullptr;
+    QLabel *ctlDateCreated = nullptr;
+    QLabel *ctlLastModified = nullptr;
+    QPushButton *cmdAdd = nullptr;
+    QPushButton *cmdEdit = nullptr;
+    QPushButton *cmdDelete = nullptr;
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    // Runs a command of the model, then redraws.
+    void command(const std::function<void()> &fn);
+
+    km::frmNotepad &m_model;
+};
+
+} // namespace km::gui
