@@ -43,7 +43,11 @@ frmNotepad::frmNotepad() = default;
 void frmNotepad::Form_Load() {
     CATEGORIES::FillCategorySelector(cboCategories, Section, true, true, true);
     CATEGORIES::FillCategorySelector(cboCategory, Section, false, true, false);
-    CATEGORIES::SelectCategory(cboCategories, Startvariables::state().LastCategory[2]);
+    // The filter comes back where it was left: the stored value is the place
+    // in the selector, so a new store starts on its first entry, "All".
+    const int last = Startvariables::state().LastCategory[2];
+    cboCategories.setListIndex(last >= 0 && last < cboCategories.ListCount() ? last : 0);
+    cboCategories.setText(cboCategories.List(cboCategories.ListIndex()));
     listSelect_Initialize();
 }
 
@@ -125,7 +129,7 @@ void frmNotepad::cboCategories_Click() {
         cmdEditCat_Click();
         return;
     }
-    Startvariables::state().LastCategory[2] = static_cast<qint16>(id);
+    Startvariables::state().LastCategory[2] = static_cast<qint16>(cboCategories.ListIndex());
     listSelect_Initialize();
 }
 

@@ -127,7 +127,10 @@ TEST_F(MemoTest, TheCategoryFilterShowsItsMemosOnly) {
     w.cboCategories_Click();
     addMemo(w, "Filed one", "");
     EXPECT_EQ(listed(w.ListSelect), QStringList({"Filed one"}));
-    EXPECT_EQ(Startvariables::state().LastCategory[2], 1);
+    EXPECT_EQ(Startvariables::state().LastCategory[2], w.cboCategories.ListIndex());
+    km::frmNotepad again;
+    again.Form_Load();
+    EXPECT_EQ(CATEGORIES::CategoryOfSelector(again.cboCategories), 1) << "the filter comes back where it was left";
     CATEGORIES::SelectCategory(w.cboCategories, CATEGORIES::CategoryAll);
     w.cboCategories_Click();
     EXPECT_EQ(listed(w.ListSelect), QStringList({"Filed one", "Unfiled one"}));
