@@ -98,7 +98,7 @@ void WipeBytes(SecureBytes &bytes);
 // Overwrites every character with character 0, then empties the text.
 QString WipeString(QString &text);
 
-// Number of Blowfish key schedules kept (bounded, about 64 MiB).
+// Number of Blowfish key schedules kept (bounded: half of all key numbers, about 130 MiB).
 int CachedSchedules();
 
 } // namespace CRY

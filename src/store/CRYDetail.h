@@ -33,7 +33,10 @@ namespace CRY {
 // next store; release() also gives the memory back.
 class ScheduleCache {
 public:
-    static constexpr int DefaultCapacity = 16000; // about 64 MiB of schedules
+    // Half of all key numbers, about 130 MiB when full: enough for a list of
+    // 20,000 rows whose titles and payloads are both read (some 30,000 key
+    // numbers) to find its schedules again. The pool grows only with use.
+    static constexpr int DefaultCapacity = 32768;
     static constexpr int KeyBytes = 16;
 
     explicit ScheduleCache(int capacity = DefaultCapacity);
