@@ -2,6 +2,9 @@
 // their three dialogs, and the few drawing helpers they share.
 #pragma once
 
+#include <functional>
+
+class QEvent;
 class QPlainTextEdit;
 class QString;
 class QWidget;
@@ -23,5 +26,8 @@ void DrawOnWindowColour(QWidget *view);
 // Sets the text only when it differs, without signals, so that the caret and
 // the scroll position stay.
 void drawPlain(QPlainTextEdit *widget, const QString &text);
+// The keys of a section's list: Enter edits the selected record, Delete
+// deletes it. True when the event was one of them and has been handled.
+bool ListKeyCommand(QEvent *event, const std::function<void()> &edit, const std::function<void()> &remove);
 
 } // namespace km::gui

@@ -167,17 +167,10 @@ void frmClassified::offerCopy(QWidget *control, int field, const QPoint &pos) {
 }
 
 bool frmClassified::eventFilter(QObject *watched, QEvent *event) {
-    if (watched == listSelect && event->type() == QEvent::KeyPress) {
-        const int key = static_cast<QKeyEvent *>(event)->key();
-        if (key == Qt::Key_Return || key == Qt::Key_Enter) {
-            command([this] { m_model.cmdEdit_Click(); });
-            return true;
-        }
-        if (key == Qt::Key_Delete) {
-            command([this] { m_model.cmdDelete_Click(); });
-            return true;
-        }
-    }
+    if (watched == listSelect && ListKeyCommand(
+                                     event, [this] { command([this] { m_model.cmdEdit_Click(); }); },
+                                     [this] { command([this] { m_model.cmdDelete_Click(); }); }))
+        return true;
     return SectionView::eventFilter(watched, event);
 }
 

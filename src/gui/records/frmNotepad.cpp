@@ -117,17 +117,10 @@ void frmNotepad::command(const std::function<void()> &fn) {
 }
 
 bool frmNotepad::eventFilter(QObject *watched, QEvent *event) {
-    if (watched == ListSelect && event->type() == QEvent::KeyPress) {
-        const int key = static_cast<QKeyEvent *>(event)->key();
-        if (key == Qt::Key_Return || key == Qt::Key_Enter) {
-            command([this] { m_model.cmdEdit_Click(); });
-            return true;
-        }
-        if (key == Qt::Key_Delete) {
-            command([this] { m_model.cmdDelete_Click(); });
-            return true;
-        }
-    }
+    if (watched == ListSelect && ListKeyCommand(
+                                     event, [this] { command([this] { m_model.cmdEdit_Click(); }); },
+                                     [this] { command([this] { m_model.cmdDelete_Click(); }); }))
+        return true;
     return SectionView::eventFilter(watched, event);
 }
 
