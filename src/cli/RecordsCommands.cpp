@@ -160,6 +160,14 @@ bool applyConfidential(km::frmClassified &w, const QList<QPair<QString, QString>
 }
 
 int addTo(Context &ctx, int section, const QStringList &assignments) {
+    if (assignments.isEmpty())
+        return ctx.fail(
+            section == km::frmNotepad::Section
+                ? QStringLiteral(
+                      "usage: kmd add STORE 14 Subject=... [Memo=...] [Private=True] [category=ID]")
+                : QStringLiteral(
+                      "usage: kmd add STORE 16 n0=... [n1=... n4=...] [notes=...] [Private=True] [kind=K]"),
+            ExitUsage);
     QString bad;
     const auto pairs = ParseAssignments(assignments, &bad);
     if (!pairs) return ctx.fail("Not of the form name=value: " + bad, ExitUsage);

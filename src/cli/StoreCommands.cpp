@@ -169,7 +169,9 @@ int add(Context &ctx) {
         return ctx.fail(
             QStringLiteral("Records of section %1 cannot be added here.").arg(ctx.positional.at(1)),
             ExitUsage);
-    if (int e = Login(ctx, ctx.positional.at(0))) return e;
+    // Without assignments the section's half prints its own usage: no login for that.
+    if (ctx.positional.size() > 2)
+        if (int e = Login(ctx, ctx.positional.at(0))) return e;
     return (*handler)(ctx, ctx.positional.mid(2));
 }
 
