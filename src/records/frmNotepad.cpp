@@ -45,7 +45,8 @@ void frmNotepad::Form_Load() {
     CATEGORIES::FillCategorySelector(cboCategory, Section, false, true, false);
     // The filter comes back where it was left: the stored value is the place
     // in the selector, so a new store starts on its first entry, "All".
-    const int last = Startvariables::state().LastCategory[2];
+    // The preference "Initial category listing" (0 "Last Used", 1 "All").
+    const int last = Startvariables::state().CatShow == 0 ? Startvariables::state().LastCategory[2] : 0;
     cboCategories.setListIndex(last >= 0 && last < cboCategories.ListCount() ? last : 0);
     cboCategories.setText(cboCategories.List(cboCategories.ListIndex()));
     listSelect_Initialize();

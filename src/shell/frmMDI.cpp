@@ -632,6 +632,9 @@ void frmMDI::optSection_ButtonClick(int button) {
         return;
     }
     CurrentSection = code;
+    // "Show Last Section Used": the section in view is the one to come back to.
+    Startvariables::State &start = Startvariables::state();
+    if (start.StartScreen == 2 && code >= 11) start.StartApp = static_cast<decltype(start.StartApp)>(code);
     for (size_t i = 0; i < optSection.size(); ++i)
         optSection[i].pressed = static_cast<int>(i) == button - 1;
     loadSection(std::move(next));

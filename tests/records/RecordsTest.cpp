@@ -130,7 +130,12 @@ TEST_F(MemoTest, TheCategoryFilterShowsItsMemosOnly) {
     EXPECT_EQ(Startvariables::state().LastCategory[2], w.cboCategories.ListIndex());
     km::frmNotepad again;
     again.Form_Load();
-    EXPECT_EQ(CATEGORIES::CategoryOfSelector(again.cboCategories), 1) << "the filter comes back where it was left";
+    EXPECT_EQ(CATEGORIES::CategoryOfSelector(again.cboCategories), 1)
+        << "the filter comes back where it was left";
+    Startvariables::state().CatShow = 1; // "All"
+    km::frmNotepad all;
+    all.Form_Load();
+    EXPECT_EQ(CATEGORIES::CategoryOfSelector(all.cboCategories), CATEGORIES::CategoryAll);
     CATEGORIES::SelectCategory(w.cboCategories, CATEGORIES::CategoryAll);
     w.cboCategories_Click();
     EXPECT_EQ(listed(w.ListSelect), QStringList({"Filed one", "Unfiled one"}));

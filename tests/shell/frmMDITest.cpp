@@ -266,6 +266,18 @@ TEST_F(MainWindowTest, StartSectionComesUpWithTimerSplash) {
     }
 }
 
+TEST_F(MainWindowTest, ShowLastSectionUsedComesBackToIt) {
+    ASSERT_TRUE(startOpen());
+    Startvariables::state().StartScreen = 2;
+    w->GoToSection(buttonOf(14));
+    w->GoToSection(8);
+    EXPECT_EQ(Startvariables::state().StartApp, 14) << "the Startscreen is no section to come back to";
+    w->timerSplash.setEnabled(true);
+    clock.advanceSecs(2);
+    w->fireDueTimers();
+    EXPECT_EQ(w->CurrentSection, 14);
+}
+
 TEST_F(MainWindowTest, CloseDatabaseLeavesTheProgramUpWithFileAndHelp) {
     ASSERT_TRUE(startOpen());
     w->GoToSection(buttonOf(11));
