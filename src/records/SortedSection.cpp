@@ -1,6 +1,8 @@
 #include "records/SortedSection.h"
 
 #include "platform/Clock.h"
+#include "shell/Dialogs.h"
+#include "shell/LanguageUS.h"
 #include "store/CONVERSION.h"
 #include "store/CRY.h"
 #include "store/INDICES.h"
@@ -82,6 +84,17 @@ qint64 SaveSortedRecord(const SaveRequest &request) {
         w.placeInOrder(request.title, oldTitle);
     }
     return w.Commit({false, true, true, false, false, true, true});
+}
+
+std::optional<qint64> ConfirmAndDelete(const km::ListBox &list, int question) {
+    const int index = list.ListIndex();
+    if (index < 0) return std::nullopt;
+    const QString text = LanguageUS::MessageText(question) + QStringLiteral("   ") + list.List(index);
+    if (km::ui().message(text, km::Buttons::OKCancel, km::Answer::Cancel, km::Icon::Exclamation) !=
+        km::Answer::OK)
+        return std::nullopt;
+    DeleteRow(list.ItemData(index));
+    return NeighbourOf(list, index);
 }
 
 bool DeleteRow(qint64 rowId) {

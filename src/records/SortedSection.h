@@ -58,5 +58,9 @@ qint64 SaveSortedRecord(const SaveRequest &request);
 
 // "DELETE * FROM tt WHERE fPK=" id; true when a row went.
 bool DeleteRow(qint64 rowId);
+// Deletes the selected row of the list after the question of message row
+// `question` followed by three blanks and the title (OK and Cancel, Cancel
+// the default). Returns the row to select next, or nothing when nothing went.
+std::optional<qint64> ConfirmAndDelete(const km::ListBox &list, int question);
 
 } // namespace records

@@ -222,13 +222,8 @@ qint64 frmClassified::SaveRecord() {
 }
 
 void frmClassified::cmdDelete_Click() {
-    const int index = listSelect.ListIndex();
-    if (index < 0) return;
-    const QString text = LanguageUS::MessageText(79) + QStringLiteral("   ") + listSelect.List(index);
-    if (ui().message(text, Buttons::OKCancel, Answer::Cancel, Icon::Exclamation) != Answer::OK) return;
-    records::DeleteRow(listSelect.ItemData(index));
-    const qint64 next = records::NeighbourOf(listSelect, index);
-    listSelect_Initialize(next);
+    if (const std::optional<qint64> next = records::ConfirmAndDelete(listSelect, 79))
+        listSelect_Initialize(*next);
 }
 
 void frmClassified::CopyField(int field) {

@@ -204,12 +204,10 @@ void frmNotepad::cmdDelete_Click() {
         ShowMessage(100, Buttons::OK, Answer::OK, Icon::Exclamation);
         return;
     }
-    const QString text = LanguageUS::MessageText(27) + QStringLiteral("   ") + ListSelect.List(index);
-    if (ui().message(text, Buttons::OKCancel, Answer::Cancel, Icon::Exclamation) != Answer::OK) return;
-    records::DeleteRow(ListSelect.ItemData(index));
+    const std::optional<qint64> next = records::ConfirmAndDelete(ListSelect, 27);
+    if (!next) return;
     recordChanged = false;
-    const qint64 next = records::NeighbourOf(ListSelect, index);
-    listSelect_Initialize(next);
+    listSelect_Initialize(*next);
 }
 
 void frmNotepad::mnuMemoDeleteAll() {
