@@ -4,6 +4,8 @@
 // decryptions; adding 2,000 memos one by one through the save path.
 #include <benchmark/benchmark.h>
 
+#include "BenchSupport.h"
+
 #include <chrono>
 #include <cstdio>
 #include <map>
@@ -21,20 +23,9 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using bench::Clock;
+using bench::msSince;
 std::map<std::string, double> g_ms;
-
-double msSince(Clock::time_point t0) {
-    return std::chrono::duration<double, std::milli>(Clock::now() - t0).count();
-}
-
-QString title(int i) {
-    static const char *syllables[] = {"ka", "lo", "mi", "ne", "su", "ra", "te", "bo", "vi", "da", "go", "hu"};
-    QString s(QChar(static_cast<char16_t>('A' + km::RndInt(26))));
-    for (int k = 0; k < 4; ++k)
-        s += QLatin1String(syllables[km::RndInt(12)]);
-    return s + QString::number(i);
-}
 
 struct MemoStore {
     QTemporaryDir dir;
@@ -53,7 +44,7 @@ struct MemoStore {
         km::frmNotepad w;
         for (int i = 0; i < 20000; ++i) {
             w.newRecord = true;
-            w.txtSubject = title(i);
+            w.txtSubject = bench::RandomTitle(i, 4);
             w.txtInput = QStringLiteral("A short body of a memo, %1").arg(i);
             w.ctlPrivate = i % 10 == 0;
             w.SaveRecord();
@@ -70,21 +61,6 @@ struct MemoStore {
 MemoStore &memoStore() {
     static MemoStore s;
     return s;
-}
-
-double floorOf(const std::vector<QByteArray> &texts) {
-    std::vector<std::uint8_t> out(1 << 16);
-    const auto t0 = Clock::now();
-    for (const QByteArray &c : texts) {
-        const auto *b = reinterpret_cast<const std::uint8_t *>(c.constData());
-        CRY::SelectFieldKey(b[0] * 256 + b[1]);
-        CryptoLib::BlowfishSchedule ks(CRY::state().FieldKey.data(), 16);
-        const std::size_t len = static_cast<std::size_t>(c.size()) - 10;
-        if (out.size() < len) out.resize(len);
-        ks.cbc(out.data(), b + 10, len, b + 2, CryptoLib::Decrypt);
-        benchmark::DoNotOptimize(out.data());
-    }
-    return msSince(t0);
 }
 
 void listTwice(const char *name, bool showPrivate) {
@@ -106,10 +82,10 @@ void BM_MemoList(benchmark::State &state) {
     auto &s = memoStore();
     for (auto _ : state) {
         CRY::LoadKeyTable(s.table);
-        g_ms["floorShown"] = floorOf(s.titles);
+        g_ms["floorShown"] = bench::CipherFloorMs(s.titles);
         std::vector<QByteArray> both = s.titles;
         both.insert(both.end(), s.payloads.begin(), s.payloads.end());
-        g_ms["floorHidden"] = floorOf(both);
+        g_ms["floorHidden"] = bench::CipherFloorMs(both);
         listTwice("shown", true);
         listTwice("hidden", false);
         state.SetIterationTime(g_ms["shownCold"] / 1000.0);
@@ -125,7 +101,7 @@ void BM_Add2000Memos(benchmark::State &state) {
         const auto t0 = Clock::now();
         for (int i = 0; i < 2000; ++i) {
             w.newRecord = true;
-            w.txtSubject = title(100000 + i);
+            w.txtSubject = bench::RandomTitle(100000 + i, 4);
             w.txtInput = QStringLiteral("Added one by one");
             w.ctlPrivate = false;
             w.SaveRecord();

@@ -4,6 +4,8 @@
 // listing, and the sort index placing titles one by one.
 #include <benchmark/benchmark.h>
 
+#include "BenchSupport.h"
+
 #include <chrono>
 #include <cstdio>
 #include <map>
@@ -21,21 +23,9 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using bench::Clock;
+using bench::msSince;
 std::map<std::string, double> g_ms; // figure name -> milliseconds
-
-double msSince(Clock::time_point t0) {
-    return std::chrono::duration<double, std::milli>(Clock::now() - t0).count();
-}
-
-QString randomTitle(int i) {
-    static const char *syllables[] = {"ka", "lo", "mi", "ne", "su", "ra", "te", "bo", "vi", "da", "go", "hu"};
-    QString s;
-    s += QChar(static_cast<char16_t>('A' + km::RndInt(26)));
-    for (int k = 0; k < 5; ++k)
-        s += QLatin1String(syllables[km::RndInt(12)]);
-    return s + QString::number(i);
-}
 
 struct ListingStore {
     QTemporaryDir dir;
@@ -56,7 +46,7 @@ struct ListingStore {
             rs->AddNew();
             rs->SetColumn("fSec", 14);
             rs->SetColumn("AE", 1);
-            rs->SetColumn("fT1", CRY::EncryptField(randomTitle(i)));
+            rs->SetColumn("fT1", CRY::EncryptField(bench::RandomTitle(i)));
             rs->Update();
         }
         rs.reset();
@@ -98,18 +88,7 @@ void BM_CipherFloor(benchmark::State &state) {
     auto &s = listingStore();
     CRY::LoadKeyTable(s.table);
     for (auto _ : state) {
-        const auto t0 = Clock::now();
-        std::vector<std::uint8_t> out(64);
-        for (const QByteArray &c : s.cipherTexts) {
-            const auto *b = reinterpret_cast<const std::uint8_t *>(c.constData());
-            CRY::SelectFieldKey(b[0] * 256 + b[1]);
-            CryptoLib::BlowfishSchedule ks(CRY::state().FieldKey.data(), 16);
-            const std::size_t len = static_cast<std::size_t>(c.size()) - 10;
-            if (out.size() < len) out.resize(len);
-            ks.cbc(out.data(), b + 10, len, b + 2, CryptoLib::Decrypt);
-            benchmark::DoNotOptimize(out.data());
-        }
-        const double ms = msSince(t0);
+        const double ms = bench::CipherFloorMs(s.cipherTexts);
         g_ms["floor100k"] = ms;
         state.SetIterationTime(ms / 1000.0);
     }
@@ -159,7 +138,7 @@ void BM_PlaceInOrder5000(benchmark::State &state) {
         CRY::LoadKeyTable(CRY::RandomBytes(270));
         const auto t0 = Clock::now();
         for (int i = 0; i < 5000; ++i) {
-            const QString title = randomTitle(i);
+            const QString title = bench::RandomTitle(i);
             db::StandardWrite w(db::Store(), 0, 14);
             w.setRecord(Record_Put::PackRecord({{4, Record_Put::tText}}, {{}, {}, {}, {}, title}));
             w.setText("fT1", title);
