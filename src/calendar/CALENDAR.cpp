@@ -7,7 +7,7 @@
 #include "platform/CodePage1252.h"
 #include "platform/Engine.h"
 #include "platform/Random.h"
-#include "shell/Dialogs.h"
+#include "ui/Dialogs.h"
 #include "store/CONVERSION.h"
 #include "store/CRY.h"
 #include "store/INDICES.h"

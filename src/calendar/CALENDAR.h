@@ -66,7 +66,7 @@ qint32 DayOfMoment(qint32 moment);
 int MinuteOfDayOfMoment(qint32 moment);
 QDate DateOfMoment(qint32 moment);
 qint32 MomentOf(const QDate &date, int minuteOfDay = 0);
-// VB's MakeDate: month 13 is January of the next year, day 31 of a 30-day
+// A date from parts that may overflow: month 13 is January of the next year, day 31 of a 30-day
 // month the first of the next, day 0 the last of the month before.
 QDate MakeDate(int year, int month, int day);
 

@@ -7,8 +7,8 @@
 
 #include "calendar/CALENDAR.h"
 #include "platform/Engine.h"
-#include "shell/Dialogs.h"
-#include "shell/LanguageUS.h"
+#include "ui/Dialogs.h"
+#include "ui/LanguageUS.h"
 #include "store/CRY.h"
 #include "store/db.h"
 

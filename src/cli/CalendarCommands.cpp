@@ -34,7 +34,7 @@
 #include "calendar/CALENDAR.h"
 #include "calendar/CalendarText.h"
 #include "platform/Engine.h"
-#include "shell/LanguageUS.h"
+#include "ui/LanguageUS.h"
 #include "store/Users.h"
 
 namespace {

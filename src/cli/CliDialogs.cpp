@@ -9,7 +9,7 @@
 
 #include <QFile>
 
-#include "shell/LanguageUS.h"
+#include "ui/LanguageUS.h"
 #include "store/frmPW.h"
 
 namespace cli {

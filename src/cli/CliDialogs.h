@@ -8,7 +8,7 @@
 #include <QTextStream>
 
 #include "platform/SecureBytes.h"
-#include "shell/Dialogs.h"
+#include "ui/Dialogs.h"
 
 namespace cli {
 

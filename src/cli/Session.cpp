@@ -5,7 +5,7 @@
 
 #include "cli/Cli.h"
 #include "cli/CliDialogs.h"
-#include "shell/LanguageUS.h"
+#include "ui/LanguageUS.h"
 #include "store/db.h"
 
 namespace cli {

@@ -5,7 +5,7 @@
 #include "cli/Cli.h"
 #include "cli/CliDialogs.h"
 #include "platform/EngineMaintenance.h"
-#include "shell/LanguageUS.h"
+#include "ui/LanguageUS.h"
 #include "store/CATEGORIES.h"
 #include "store/CRY.h"
 #include "store/Passphrase.h"

@@ -9,7 +9,7 @@
 #include "cli/Cli.h"
 #include "platform/Engine.h"
 #include "platform/Process.h"
-#include "shell/Dialogs.h"
+#include "ui/Dialogs.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 
-#include "shell/Controls.h"
+#include "ui/Controls.h"
 
 namespace km::gui {
 

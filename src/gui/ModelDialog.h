@@ -8,8 +8,8 @@
 
 #include <QDialog>
 
-#include "shell/Dialogs.h"
-#include "shell/WindowModel.h"
+#include "ui/Dialogs.h"
+#include "ui/WindowModel.h"
 
 namespace km::gui {
 

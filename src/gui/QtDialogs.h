@@ -9,7 +9,7 @@
 #include <QPointer>
 #include <QWidget>
 
-#include "shell/Dialogs.h"
+#include "ui/Dialogs.h"
 
 namespace km::gui {
 

@@ -2,7 +2,7 @@
 // URLs and letting pending events run.
 #pragma once
 
-#include "shell/Services.h"
+#include "ui/Services.h"
 
 namespace km::gui {
 

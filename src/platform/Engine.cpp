@@ -6,8 +6,9 @@
 // ANY: they hold raw bytes (BLOB) while the defaults of fT1 and fT2 are the
 // text "0". Eight indexes: the primary key under the constraint name
 // "PrimaryKey" (SQLite keeps no separate index for it, the row id is the key)
-// and seven indexes named after their columns, fSec to fR5. Rollback journal,
-// no WAL, so a closed store is exactly one file.
+// and seven indexes named after their columns, fSec to fR5. A session that
+// holds the store runs on a write-ahead log and goes back to the rollback
+// journal when it closes, so a closed store is exactly one file.
 //
 // Exclusive use. An exclusive open sets locking_mode=EXCLUSIVE and takes the
 // write lock at once (BEGIN EXCLUSIVE; COMMIT keeps it in that mode); from then
@@ -20,8 +21,9 @@
 // into memory when it is opened (prepare once, step, copy); its rows can be
 // written when the select list holds fPK and the query doesn't group, each
 // write going to tt by fPK. Moving off a row that has a pending AddNew or Edit
-// discards it, as DAO does. After Update the cursor stays on the written row,
-// also after AddNew, so its fPK can be read at any time.
+// discards it: a pending write is never carried past a move. After Update the
+// cursor stays on the written row, also after AddNew, so its fPK can be read
+// at any time.
 //
 // Transactions and AddNew share one stack of savepoints; the outermost
 // savepoint is the transaction itself.

@@ -1,8 +1,8 @@
 #include "records/SortedSection.h"
 
 #include "platform/Clock.h"
-#include "shell/Dialogs.h"
-#include "shell/LanguageUS.h"
+#include "ui/Dialogs.h"
+#include "ui/LanguageUS.h"
 #include "store/CONVERSION.h"
 #include "store/CRY.h"
 #include "store/INDICES.h"

@@ -9,7 +9,7 @@
 #include <QString>
 #include <QVariantList>
 
-#include "shell/Controls.h"
+#include "ui/Controls.h"
 #include "store/Record_Put.h"
 
 namespace records {

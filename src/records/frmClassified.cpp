@@ -1,9 +1,9 @@
 #include "records/frmClassified.h"
 
 #include "records/SortedSection.h"
-#include "shell/Dialogs.h"
-#include "shell/LanguageUS.h"
-#include "shell/Services.h"
+#include "ui/Dialogs.h"
+#include "ui/LanguageUS.h"
+#include "ui/Services.h"
 #include "shell/SessionGuards.h"
 #include "store/CONVERSION.h"
 

@@ -1,8 +1,8 @@
 #include "records/frmNotepad.h"
 
 #include "records/SortedSection.h"
-#include "shell/Dialogs.h"
-#include "shell/LanguageUS.h"
+#include "ui/Dialogs.h"
+#include "ui/LanguageUS.h"
 #include "shell/SessionGuards.h"
 #include "store/CATEGORIES.h"
 #include "store/CONVERSION.h"

@@ -5,7 +5,7 @@
 #include <QString>
 #include <QStringList>
 
-#include "shell/Controls.h"
+#include "ui/Controls.h"
 #include "shell/frmMDI.h"
 
 namespace km {

@@ -2,7 +2,7 @@
 
 #include "platform/Clock.h"
 #include "platform/CodePage1252.h"
-#include "shell/Services.h"
+#include "ui/Services.h"
 #include "shell/frmMDI.h"
 #include "store/CRY.h"
 #include "store/Passphrase.h"

@@ -24,7 +24,7 @@
 
 #include <QString>
 
-#include "shell/WindowModel.h"
+#include "ui/WindowModel.h"
 
 namespace km {
 

@@ -17,8 +17,8 @@
 #include <QString>
 #include <QStringList>
 
-#include "shell/Controls.h"
-#include "shell/WindowModel.h"
+#include "ui/Controls.h"
+#include "ui/WindowModel.h"
 
 namespace km {
 

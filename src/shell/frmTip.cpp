@@ -2,7 +2,7 @@
 
 #include "platform/Random.h"
 #include "platform/Registry.h"
-#include "shell/LanguageUS.h"
+#include "ui/LanguageUS.h"
 
 namespace km {
 

@@ -6,7 +6,7 @@
 
 #include <QString>
 
-#include "shell/WindowModel.h"
+#include "ui/WindowModel.h"
 
 namespace km {
 

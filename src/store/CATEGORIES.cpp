@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "platform/SecureBytes.h"
-#include "shell/Dialogs.h"
-#include "shell/LanguageUS.h"
+#include "ui/Dialogs.h"
+#include "ui/LanguageUS.h"
 #include "store/Record_Get.h"
 #include "store/Record_Put.h"
 #include "store/db.h"

@@ -17,7 +17,7 @@
 #include <QString>
 #include <QStringList>
 
-#include "shell/Controls.h"
+#include "ui/Controls.h"
 
 namespace CATEGORIES {
 

@@ -14,7 +14,7 @@
 #include "platform/Clock.h"
 #include "platform/CodePage1252.h"
 #include "platform/Environment.h"
-#include "shell/Dialogs.h"
+#include "ui/Dialogs.h"
 
 namespace CONVERSION {
 

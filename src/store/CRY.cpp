@@ -7,7 +7,7 @@
 #include "platform/CodePage1252.h"
 #include "platform/CryptoLib.h"
 #include "platform/Random.h"
-#include "shell/Dialogs.h"
+#include "ui/Dialogs.h"
 #include "store/CRYDetail.h"
 
 namespace CRY {

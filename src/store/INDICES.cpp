@@ -5,7 +5,7 @@
 
 #include "platform/CodePage1252.h"
 #include "platform/Random.h"
-#include "shell/Dialogs.h"
+#include "ui/Dialogs.h"
 #include "store/CRY.h"
 #include "store/db.h"
 

@@ -1,8 +1,8 @@
 #include "store/Passphrase.h"
 
 #include "platform/CodePage1252.h"
-#include "shell/Dialogs.h"
-#include "shell/LanguageUS.h"
+#include "ui/Dialogs.h"
+#include "ui/LanguageUS.h"
 #include "store/CRY.h"
 #include "store/Record_Get.h"
 #include "store/Record_Put.h"

@@ -4,8 +4,8 @@
 
 #include "platform/CodePage1252.h"
 #include "platform/Random.h"
-#include "shell/Dialogs.h"
-#include "shell/LanguageUS.h"
+#include "ui/Dialogs.h"
+#include "ui/LanguageUS.h"
 #include "store/CRY.h"
 #include "store/Passphrase.h"
 #include "store/Record_Get.h"

@@ -1,7 +1,7 @@
 #include "store/db.h"
 
 #include "platform/Random.h"
-#include "shell/Dialogs.h"
+#include "ui/Dialogs.h"
 #include "store/CRY.h"
 #include "store/INDICES.h"
 

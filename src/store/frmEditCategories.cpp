@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "shell/Dialogs.h"
+#include "ui/Dialogs.h"
 #include "store/CATEGORIES.h"
 
 namespace km {

@@ -6,8 +6,8 @@
 
 #include <QStringList>
 
-#include "shell/Controls.h"
-#include "shell/WindowModel.h"
+#include "ui/Controls.h"
+#include "ui/WindowModel.h"
 
 namespace km {
 

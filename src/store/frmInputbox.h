@@ -4,7 +4,7 @@
 
 #include <QString>
 
-#include "shell/WindowModel.h"
+#include "ui/WindowModel.h"
 
 namespace km {
 

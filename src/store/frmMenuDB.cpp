@@ -1,6 +1,6 @@
 #include "store/frmMenuDB.h"
 
-#include "shell/Dialogs.h"
+#include "ui/Dialogs.h"
 #include "store/db.h"
 
 namespace km {

@@ -1,7 +1,7 @@
 // "DB menu": what the person may do when no store could be opened at start.
 #pragma once
 
-#include "shell/WindowModel.h"
+#include "ui/WindowModel.h"
 
 namespace km {
 

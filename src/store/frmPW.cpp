@@ -1,8 +1,8 @@
 #include "store/frmPW.h"
 
 #include "platform/SecureBytes.h"
-#include "shell/Dialogs.h"
-#include "shell/LanguageUS.h"
+#include "ui/Dialogs.h"
+#include "ui/LanguageUS.h"
 
 namespace km {
 

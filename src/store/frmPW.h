@@ -5,7 +5,7 @@
 
 #include <QString>
 
-#include "shell/WindowModel.h"
+#include "ui/WindowModel.h"
 
 namespace km {
 

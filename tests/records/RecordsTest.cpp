@@ -4,8 +4,8 @@
 
 #include "records/frmClassified.h"
 #include "records/frmNotepad.h"
-#include "shell/LanguageUS.h"
-#include "shell/Services.h"
+#include "ui/LanguageUS.h"
+#include "ui/Services.h"
 #include "shell/SessionGuards.h"
 #include "store/CATEGORIES.h"
 #include "store/Record_Get.h"

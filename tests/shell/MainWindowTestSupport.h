@@ -8,7 +8,7 @@
 
 #include "platform/Clock.h"
 #include "platform/Environment.h"
-#include "shell/Services.h"
+#include "ui/Services.h"
 #include "shell/SessionGuards.h"
 #include "shell/frmMDI.h"
 #include "shell/frmSplash.h"

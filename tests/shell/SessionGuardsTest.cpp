@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "shell/LanguageUS.h"
+#include "ui/LanguageUS.h"
 #include "shell/MainWindowTestSupport.h"
 
 namespace km::test {

@@ -3,7 +3,7 @@
 #include <QTemporaryDir>
 
 #include "platform/Registry.h"
-#include "shell/LanguageUS.h"
+#include "ui/LanguageUS.h"
 #include "shell/frmTip.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <QFile>
 
 #include "platform/CodePage1252.h"
-#include "shell/LanguageUS.h"
+#include "ui/LanguageUS.h"
 #include "store/CATEGORIES.h"
 #include "store/Record_Put.h"
 #include "support/ScriptedDialogs.h"

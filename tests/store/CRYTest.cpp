@@ -9,7 +9,7 @@
 
 #include "platform/CodePage1252.h"
 #include "platform/CryptoLib.h"
-#include "shell/LanguageUS.h"
+#include "ui/LanguageUS.h"
 #include "store/CRYDetail.h"
 #include "support/ScriptedDialogs.h"
 

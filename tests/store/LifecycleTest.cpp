@@ -9,7 +9,7 @@
 #include <QSettings>
 
 #include "platform/EngineMaintenance.h"
-#include "shell/LanguageUS.h"
+#include "ui/LanguageUS.h"
 #include "store/CRY.h"
 #include "store/CRYDetail.h"
 #include "store/LoginTestSupport.h"

@@ -3,7 +3,7 @@
 // damaged key rows, the version test and the change of passphrase.
 #include <gtest/gtest.h>
 
-#include "shell/LanguageUS.h"
+#include "ui/LanguageUS.h"
 #include "store/LoginTestSupport.h"
 #include "store/Record_Get.h"
 #include "store/Record_Put.h"

@@ -2,7 +2,7 @@
 // for the PIN and the section switch's test.
 #include <gtest/gtest.h>
 
-#include "shell/LanguageUS.h"
+#include "ui/LanguageUS.h"
 #include "store/LoginTestSupport.h"
 #include "store/Record_Get.h"
 

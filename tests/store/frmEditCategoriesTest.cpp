@@ -2,7 +2,7 @@
 // the section's row, and which questions the person is asked.
 #include <gtest/gtest.h>
 
-#include "shell/LanguageUS.h"
+#include "ui/LanguageUS.h"
 #include "store/CATEGORIES.h"
 #include "store/frmEditCategories.h"
 #include "support/ScriptedDialogs.h"

@@ -1,7 +1,7 @@
 // The DB menu: what the person can do when no store opened at start.
 #include "store/frmMenuDB.h"
 #include "LoginTestSupport.h"
-#include "shell/LanguageUS.h"
+#include "ui/LanguageUS.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 // question, the confirmation entry and cancel.
 #include <gtest/gtest.h>
 
-#include "shell/LanguageUS.h"
+#include "ui/LanguageUS.h"
 #include "store/frmPW.h"
 #include "support/ScriptedDialogs.h"
 

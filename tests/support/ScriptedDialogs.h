@@ -9,7 +9,7 @@
 #include <QList>
 #include <QStringList>
 
-#include "shell/Dialogs.h"
+#include "ui/Dialogs.h"
 
 namespace km::test {
 

@@ -31,7 +31,7 @@
 #include "gui/shell/SectionView.h"
 #include "gui/shell/frmAbout.h"
 #include "gui/shell/frmTip.h"
-#include "shell/Services.h"
+#include "ui/Services.h"
 #include "shell/SessionGuards.h"
 #include "shell/frmOptions.h"
 

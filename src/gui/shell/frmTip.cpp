@@ -11,7 +11,7 @@
 #include <QStyle>
 #include <QVBoxLayout>
 
-#include "shell/Dialogs.h"
+#include "ui/Dialogs.h"
 
 namespace km::gui {
 

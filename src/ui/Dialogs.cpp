@@ -1,6 +1,6 @@
-#include "shell/Dialogs.h"
+#include "ui/Dialogs.h"
 
-#include "shell/LanguageUS.h"
+#include "ui/LanguageUS.h"
 
 namespace km {
 

@@ -1,4 +1,4 @@
-#include "gui/Screenshots.h"
+#include "screenshots/Screenshots.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -17,8 +17,8 @@
 #include "gui/store/frmPW.h"
 #include "records/frmClassified.h"
 #include "records/frmNotepad.h"
-#include "shell/Dialogs.h"
-#include "shell/LanguageUS.h"
+#include "ui/Dialogs.h"
+#include "ui/LanguageUS.h"
 #include "shell/frmMDI.h"
 #include "store/CATEGORIES.h"
 #include "store/Users.h"

@@ -9,7 +9,7 @@
 #include <QString>
 #include <QStringList>
 
-#include "shell/WindowModel.h"
+#include "ui/WindowModel.h"
 
 namespace km {
 

@@ -1,4 +1,4 @@
-#include "shell/LanguageUS.h"
+#include "ui/LanguageUS.h"
 
 #include <gtest/gtest.h>
 

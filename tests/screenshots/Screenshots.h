@@ -1,18 +1,15 @@
-// A scripted run for pictures of the windows: started only when the variable
-// KM_SCREENSHOT_DIR names a folder. It answers every dialog by itself (the
-// passphrase from KM_SCREENSHOT_PASSPHRASE), saves a PNG of each window it
-// meets, walks the windows worth showing and then ends the program.
+// A scripted run of the real program for pictures of its windows. It answers
+// every dialog by itself (with the passphrase of its own scratch store),
+// saves a PNG of each window it meets, walks the windows worth showing and
+// then ends the program.
 #pragma once
 
 #include <QString>
 
-namespace km {
-class frmMDI;
-}
+#include "gui/shell/frmMDI.h"
+#include "shell/frmMDI.h"
 
 namespace km::gui {
-
-class frmMDI;
 
 // Before the start sequence: from now on every dialog is answered and pictured.
 void StartScreenshots(const QString &folder, const QString &passphrase);
