@@ -1,3 +1,4 @@
+cmake_minimum_required(VERSION 3.25)
 # Fails when a source file includes a header of a folder that its library
 # does not link. Run by ctest as
 #   cmake -DSOURCE_DIR=<src> -DLAYERS=<file written at configure time> -P layers.cmake

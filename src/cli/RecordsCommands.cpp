@@ -16,10 +16,11 @@
 //   kmd delete STORE ID
 #include "cli/Cli.h"
 
-#include "records/SortedSection.h"
 #include "records/frmClassified.h"
 #include "records/frmNotepad.h"
+#include "shell/BasicShell.h"
 #include "shell/SessionGuards.h"
+#include "shell/SortedSection.h"
 #include "store/CATEGORIES.h"
 #include "store/CRY.h"
 #include "store/INDICES.h"
@@ -73,7 +74,8 @@ int list(Context &ctx) {
     SessionGuards::state().ShowPrivate = ctx.flag("show-private");
     QTextStream &out = *ctx.out;
     if (section == km::frmNotepad::Section) {
-        km::frmNotepad w;
+        km::BasicShell shell;
+        km::frmNotepad w(shell.context());
         CATEGORIES::FillCategorySelector(w.cboCategories, section, true, true, false);
         CATEGORIES::SelectCategory(w.cboCategories, category.value_or(CATEGORIES::CategoryAll));
         w.listSelect_Initialize();
@@ -81,7 +83,8 @@ int list(Context &ctx) {
             out << w.ListSelect.ItemData(i) << '\t' << w.ListSelect.List(i) << '\n';
     } else {
         if (kind && !km::KindOf(*kind)) return ctx.fail(QStringLiteral("Kinds are 1 to 16."), ExitUsage);
-        km::frmClassified w;
+        km::BasicShell shell;
+        km::frmClassified w(shell.context());
         w.cat_Click(kind.value_or(1));
         for (int i = 0; i < w.listSelect.ListCount(); ++i)
             out << w.listSelect.ItemData(i) << '\t' << w.listSelect.List(i) << '\n';
@@ -93,7 +96,7 @@ int show(Context &ctx) {
     if (ctx.positional.size() != 2) return ctx.fail("usage: kmd show STORE ID", ExitUsage);
     const qint64 id = ctx.positional.at(1).toLongLong();
     if (int e = Login(ctx, ctx.positional.at(0))) return e;
-    const records::StoredRecord r = records::ReadRecord(id);
+    const km::SortedSection::StoredRecord r = km::SortedSection::ReadRecord(db::Store(), id);
     if (!r.found) return ctx.fail(QStringLiteral("No record found"));
     const QStringList *names = r.section == km::frmNotepad::Section      ? &kMemoFields
                                : r.section == km::frmClassified::Section ? &kConfidentialFields
@@ -129,9 +132,7 @@ bool applyMemo(km::frmNotepad &w, const QList<QPair<QString, QString>> &pairs, Q
             w.ctlPrivate = isTrue(value);
         else if (name == QLatin1String("category")) {
             CATEGORIES::FillCategorySelector(w.cboCategory, km::frmNotepad::Section, false, true, false);
-            CATEGORIES::SelectCategory(w.cboCategory, value.toInt());
-            if (CATEGORIES::CategoryOfSelector(w.cboCategory) != value.toInt())
-                return *why = "No such category: " + value, false;
+            if (!w.setCategory(value.toInt())) return *why = "No such category: " + value, false;
         } else
             return *why = "Memos have no field " + name, false;
     }
@@ -174,13 +175,15 @@ int addTo(Context &ctx, int section, const QStringList &assignments) {
     QString why;
     qint64 id = 0;
     if (section == km::frmNotepad::Section) {
-        km::frmNotepad w;
+        km::BasicShell shell;
+        km::frmNotepad w(shell.context());
         CATEGORIES::FillCategorySelector(w.cboCategory, section, false, true, false);
         w.newRecord = true;
         if (!applyMemo(w, *pairs, &why)) return ctx.fail(why, ExitUsage);
         id = w.SaveRecord();
     } else {
-        km::frmClassified w;
+        km::BasicShell shell;
+        km::frmClassified w(shell.context());
         w.newRecord = true;
         if (!applyConfidential(w, *pairs, &why)) return ctx.fail(why, ExitUsage);
         id = w.SaveRecord();
@@ -197,12 +200,13 @@ int edit(Context &ctx) {
     if (!pairs) return ctx.fail("Not of the form name=value: " + bad, ExitUsage);
     const qint64 id = ctx.positional.at(1).toLongLong();
     if (int e = Login(ctx, ctx.positional.at(0))) return e;
-    const records::StoredRecord r = records::ReadRecord(id);
+    const km::SortedSection::StoredRecord r = km::SortedSection::ReadRecord(db::Store(), id);
     if (!r.found) return ctx.fail(QStringLiteral("No record found"));
     QString why;
     qint64 saved = 0;
     if (r.section == km::frmNotepad::Section) {
-        km::frmNotepad w;
+        km::BasicShell shell;
+        km::frmNotepad w(shell.context());
         CATEGORIES::FillCategorySelector(w.cboCategories, r.section, true, true, false);
         CATEGORIES::FillCategorySelector(w.cboCategory, r.section, false, true, false);
         w.listSelect_Initialize(id);
@@ -215,7 +219,8 @@ int edit(Context &ctx) {
         saved = w.SaveRecord();
     } else if (r.section == km::frmClassified::Section) {
         SessionGuards::state().ShowPrivate = true;
-        km::frmClassified w;
+        km::BasicShell shell;
+        km::frmClassified w(shell.context());
         w.cat_Click(r.g1);
         w.listSelect_Initialize(id);
         if (!applyConfidential(w, *pairs, &why)) return ctx.fail(why, ExitUsage);
@@ -230,10 +235,10 @@ int remove(Context &ctx) {
     if (ctx.positional.size() != 2) return ctx.fail("usage: kmd delete STORE ID", ExitUsage);
     const qint64 id = ctx.positional.at(1).toLongLong();
     if (int e = Login(ctx, ctx.positional.at(0))) return e;
-    const records::StoredRecord r = records::ReadRecord(id);
+    const km::SortedSection::StoredRecord r = km::SortedSection::ReadRecord(db::Store(), id);
     if (!r.found) return ctx.fail(QStringLiteral("No record found"));
     if (r.section < 11) return ctx.fail(QStringLiteral("Rows of the store itself are not deleted here."));
-    records::DeleteRow(id);
+    km::SortedSection::DeleteRow(db::Store(), id);
     return ExitOk;
 }
 

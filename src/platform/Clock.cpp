@@ -21,6 +21,10 @@ qint64 Clock::msecsSinceEpoch() {
     return now().toMSecsSinceEpoch();
 }
 
+Clock &Clock::current() {
+    return *g_clock;
+}
+
 void Clock::setInstance(Clock *clock) {
     g_clock = clock ? clock : &g_systemClock;
 }

@@ -17,6 +17,11 @@ public:
 
     // Replaces the clock; nullptr restores the system clock. The caller keeps ownership.
     static void setInstance(Clock *clock);
+    // The clock in force, to hand to a window model.
+    static Clock &current();
+
+    // This clock's local date and time.
+    QDateTime dateTime() const { return currentDateTime(); }
 
 protected:
     virtual QDateTime currentDateTime() const;

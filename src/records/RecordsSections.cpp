@@ -6,9 +6,12 @@
 namespace records {
 
 void RegisterSections() {
-    km::frmMDI::RegisterSection(km::frmNotepad::Section, [] { return std::make_unique<km::frmNotepad>(); });
-    km::frmMDI::RegisterSection(km::frmClassified::Section,
-                                [] { return std::make_unique<km::frmClassified>(); });
+    km::frmMDI::RegisterSection(km::frmNotepad::Section, [](const km::SectionContext &context) {
+        return std::make_unique<km::frmNotepad>(context);
+    });
+    km::frmMDI::RegisterSection(km::frmClassified::Section, [](const km::SectionContext &context) {
+        return std::make_unique<km::frmClassified>(context);
+    });
 }
 
 } // namespace records

@@ -1,11 +1,7 @@
 #include "records/frmClassified.h"
 
-#include "records/SortedSection.h"
-#include "ui/Dialogs.h"
-#include "ui/LanguageUS.h"
-#include "ui/Services.h"
-#include "shell/SessionGuards.h"
 #include "store/CONVERSION.h"
+#include "ui/Dialogs.h"
 
 namespace km {
 
@@ -87,15 +83,7 @@ QString frmEditConfidential::caption() const {
     return k ? k->caption : QString();
 }
 
-void frmEditConfidential::cmdEsc_Click() {
-    if (changed && ShowMessage(20, Buttons::YesNo, Answer::No, Icon::Question) != Answer::Yes) return;
-    close(false);
-}
-
-void frmEditText::cmdEsc_Click() {
-    if (changed && ShowMessage(20, Buttons::YesNo, Answer::No, Icon::Question) != Answer::Yes) return;
-    close(false);
-}
+frmClassified::frmClassified(const SectionContext &context) : SortedSectionModel(context) {}
 
 void frmClassified::Form_Load() {
     cat_Click(cat);
@@ -105,18 +93,18 @@ void frmClassified::applyLabels() {
     labelsOf(cat, chkPlainPW, lblTxt, visible, masked);
 }
 
-void frmClassified::askStoreChanged() {
-    if (!recordChanged) return;
-    if (ShowMessage(26, Buttons::YesNo, Answer::Yes, Icon::Question) == Answer::Yes) SaveRecord();
-    recordChanged = false;
-}
-
 void frmClassified::cat_Click(int kind) {
     askStoreChanged();
     cat = kind;
     applyLabels();
     const ConfidentialKind *k = KindOf(kind);
     lblCategory = k ? QStringLiteral("Category:  ") + k->caption : QString();
+    if (!k) {
+        // A kind out of 1 to 16 shows nothing.
+        listSelect.Clear();
+        clearPane();
+        return;
+    }
     listSelect_Initialize();
 }
 
@@ -124,41 +112,15 @@ void frmClassified::chkPlainPW_Click() {
     applyLabels();
 }
 
-void frmClassified::clearPane() {
-    RowId = 0;
+void frmClassified::clearFields() {
     for (QString &t : txtCtl)
         t.clear();
     txtNotes.clear();
     ctlPrivate = false;
     lblLastModified.clear();
-    recordChanged = false;
-    newRecord = false;
 }
 
-void frmClassified::listSelect_Initialize(qint64 select) {
-    listSelect.Clear();
-    clearPane();
-    if (!KindOf(cat)) return;
-    SessionGuards::SetBusy(this, true);
-    const int index = records::FillList(
-        listSelect, records::SortedList(Section, cat, PrivateBit, SessionGuards::state().ShowPrivate),
-        select);
-    SessionGuards::SetBusy(this, false);
-    if (index >= 0) showRecord(listSelect.ItemData(index));
-}
-
-void frmClassified::listSelect_Click(int index) {
-    askStoreChanged();
-    if (index < 0 || index >= listSelect.ListCount()) return;
-    listSelect.setListIndex(index);
-    showRecord(listSelect.ItemData(index));
-}
-
-void frmClassified::showRecord(qint64 id) {
-    clearPane();
-    const records::StoredRecord r = records::ReadRecord(id);
-    if (!r.found) return;
-    RowId = id;
+void frmClassified::showFields(const SortedSection::StoredRecord &r) {
     for (int i = 0; i < 5; ++i)
         txtCtl[static_cast<size_t>(i)] = r.values.value(i);
     txtNotes = r.values.value(notes);
@@ -168,14 +130,26 @@ void frmClassified::showRecord(qint64 id) {
                       (d.isValid() ? d.toString(QStringLiteral("yyyy-MM-dd HH:mm")) : QString());
 }
 
+SortedSection::SaveRequest frmClassified::saveRequest() const {
+    SortedSection::SaveRequest request;
+    request.layout = kLayout;
+    request.values = {txtCtl[0], txtCtl[1], txtCtl[2],  txtCtl[3],
+                      txtCtl[4], txtNotes,  QVariant(), ctlPrivate};
+    request.title = txtCtl[0];
+    request.g1 = cat;
+    request.modifiedSlot = DateLastModified;
+    request.userSlot = UserName;
+    return request;
+}
+
 bool frmClassified::runEditor() {
-    frmEditConfidential editor;
+    frmEditConfidential editor(ctx.dialogs);
     editor.kind = cat;
     editor.txtCtl = txtCtl;
     editor.txtNotes = txtNotes;
     editor.ctlPrivate = ctlPrivate;
     labelsOf(cat, chkPlainPW, editor.lblTxt, editor.visible, editor.masked);
-    if (!ui().showModal(editor)) return false;
+    if (!ctx.dialogs.showModal(editor)) return false;
     txtCtl = editor.txtCtl;
     txtNotes = editor.txtNotes;
     ctlPrivate = editor.ctlPrivate;
@@ -198,45 +172,15 @@ void frmClassified::cmdAdd_Click() {
 void frmClassified::cmdEdit_Click() {
     if (RowId == 0) return;
     if (!runEditor()) return;
-    listSelect_Initialize(SaveRecord());
-}
-
-qint64 frmClassified::SaveRecord() {
-    records::SaveRequest request;
-    request.section = Section;
-    request.rowId = newRecord ? 0 : RowId;
-    request.layout = kLayout;
-    request.values = {txtCtl[0], txtCtl[1], txtCtl[2],  txtCtl[3],
-                      txtCtl[4], txtNotes,  QVariant(), ctlPrivate};
-    request.title = txtCtl[0];
-    request.g1 = cat;
-    request.modifiedSlot = DateLastModified;
-    request.userSlot = UserName;
-    const qint64 id = records::SaveSortedRecord(request);
-    if (id) {
-        RowId = id;
-        newRecord = false;
-        recordChanged = false;
-    }
-    return id;
-}
-
-void frmClassified::cmdDelete_Click() {
-    if (const std::optional<qint64> next = records::ConfirmAndDelete(listSelect, 79))
-        listSelect_Initialize(*next);
+    const qint64 id = SaveRecord();
+    listSelect_Initialize(id ? id : RowId);
 }
 
 void frmClassified::CopyField(int field) {
-    const QString text =
-        field == 5 ? txtNotes : (field >= 0 && field < 5 ? txtCtl[static_cast<size_t>(field)] : QString());
-    ActiveControl control{true, text, 0, static_cast<int>(text.size())};
-    if (frmMDI *mdi = MainWindow()) {
-        mdi->mnuEditCopy_Click(control);
-        return;
-    }
-    clipboard().clear();
-    SessionGuards::ArmClipboardWipe();
-    clipboard().setText(text, true);
+    const QString text = field == notes
+                             ? txtNotes
+                             : (field >= 0 && field < 5 ? txtCtl[static_cast<size_t>(field)] : QString());
+    if (!text.isEmpty()) ctx.shell.copyText(text);
 }
 
 } // namespace km

@@ -9,8 +9,8 @@
 #include <QString>
 #include <QStringList>
 
+#include "shell/SortedSection.h"
 #include "ui/Controls.h"
-#include "shell/frmMDI.h"
 
 namespace km {
 
@@ -27,8 +27,9 @@ const QList<ConfidentialKind> &ConfidentialKinds();
 bool MasksField(const QString &label);
 
 // The record's dialog.
-class frmEditConfidential : public WindowModel {
+class frmEditConfidential : public RecordEditor {
 public:
+    using RecordEditor::RecordEditor;
     QString caption() const override;
     int kind = 1;
     std::array<QString, 5> txtCtl;
@@ -37,37 +38,30 @@ public:
     std::array<bool, 5> masked{};
     QString txtNotes;
     bool ctlPrivate = false;
-    bool changed = false;
-
-    void cmdOK_Click() { close(true); }
-    void cmdEsc_Click();
 };
 
 // An editor of a longer text, shielded while in front.
-class frmEditText : public WindowModel {
+class frmEditText : public RecordEditor {
 public:
+    using RecordEditor::RecordEditor;
     QString caption() const override { return txtSubject; }
     QString txtSubject;
     QString txt;
-    bool changed = false;
-    void cmdOK_Click() { close(true); }
-    void cmdEsc_Click();
 };
 
-class frmClassified : public SectionWindow {
+class frmClassified : public SortedSectionModel {
 public:
     static constexpr int Section = 16;
     static constexpr int PrivateBit = 5;
     enum Field { n0 = 0, n1, n2, n3, n4, notes, DateLastModified, Private, UserName };
 
+    explicit frmClassified(const SectionContext &context);
     int sectionCode() const override { return Section; }
     QString caption() const override { return QStringLiteral("Confidential"); }
     void Form_Load() override;
-    void HideShow() override { listSelect_Initialize(RowId); }
 
     // The view's state.
     int cat = 1; // the kind in view
-    ListBox listSelect;
     std::array<QString, 5> txtCtl;
     std::array<QString, 5> lblTxt;
     std::array<bool, 5> visible{};
@@ -76,30 +70,27 @@ public:
     bool ctlPrivate = false;
     bool chkPlainPW = false;
     QString lblCategory, lblLastModified;
-    bool recordChanged = false;
-    bool newRecord = false;
-    qint64 RowId = 0;
 
     void cat_Click(int kind);
     void chkPlainPW_Click();
-    void listSelect_Initialize(qint64 select = 0);
-    void listSelect_Click(int index);
     void cmdAdd_Click();
     void cmdEdit_Click();
-    void cmdDelete_Click();
     // The right mouse button on a field (0 to 4) or the notes (5): its text
     // goes to the clipboard under the wipe.
     void CopyField(int field);
 
-    // The save path: the pane's fields as they stand. Row id, or 0.
-    qint64 SaveRecord();
+protected:
+    int sectionId() const override { return Section; }
+    int privateBit() const override { return PrivateBit; }
+    std::optional<int> listFilter() const override { return cat; }
+    int deleteQuestion() const override { return 79; }
+    void clearFields() override;
+    void showFields(const SortedSection::StoredRecord &record) override;
+    SortedSection::SaveRequest saveRequest() const override;
 
 private:
     void applyLabels();
-    void clearPane();
-    void showRecord(qint64 id);
     bool runEditor();
-    void askStoreChanged();
 };
 
 } // namespace km

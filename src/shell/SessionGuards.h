@@ -4,16 +4,16 @@
 // None of them locks the window and waits: the one answer to inactivity is to
 // close the store, wipe and exit.
 //
+// This module keeps the idle clock and the session's switches; what the
+// guards do to the main window (the wipe timer, the Lock button, busy) is the
+// main window's own, in frmMDI.
+//
 // The idle clock counts only the program's own key and mouse events: the
 // widget's application event filter calls NoteActivity for each one that
 // reaches a window of this program, and nothing else does.
 #pragma once
 
 #include <QString>
-
-namespace km {
-class WindowModel;
-}
 
 namespace SessionGuards {
 
@@ -36,26 +36,8 @@ qint64 IdleMilliseconds();
 // "Idle Countdown:  04:59" for 299 seconds left.
 QString CountdownText(int remainingSeconds);
 
-// Busy (or idle again): freezes the idle clock, wait cursor over the screen,
-// the main window and the given window (a SectionWindow, or nullptr) disabled.
-void SetBusy(km::WindowModel *window, bool busy);
-
-// Overwrites clipboard text with random text of the same length, then clears
-// it; the wipe timer stops in any case.
-void WipeClipboard();
-// Enables the wipe timer; a running one keeps its time.
-void ArmClipboardWipe();
-
-// The shared handler of the menu "Show/Hide Private Records" and the tool
-// bar's Lock button: showing asks for the passphrase, hiding asks nothing.
-void TogglePrivate();
-// The menu caption and the Lock button follow ShowPrivate.
-void mnuViewShowPrivate_Switch();
-// Applies a change of ShowPrivate to the section in view.
-void HideShow();
-
-// The pause after a wrong passphrase: "Stand By", wait cursor, nothing can be
-// typed, for the whole interval of timerPW. The event loop runs meanwhile.
-void StandByPause();
+// Overwrites clipboard text (CLIPBOARD, and PRIMARY where the desktop has
+// one) with random text of the same length, then clears it.
+void WipeClipboardText();
 
 } // namespace SessionGuards

@@ -10,13 +10,12 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLocale>
 
 #include "platform/Clock.h"
 #include "platform/EngineMaintenance.h"
 #include "platform/Environment.h"
 #include "platform/Registry.h"
-#include "ui/Dialogs.h"
-#include "ui/Services.h"
 #include "shell/SessionGuards.h"
 #include "shell/frmOptions.h"
 #include "shell/frmSplash.h"
@@ -27,12 +26,12 @@
 #include "store/Users.h"
 #include "store/db.h"
 #include "store/frmMenuDB.h"
+#include "ui/Dialogs.h"
+#include "ui/Services.h"
 
 namespace km {
 
 namespace {
-
-frmMDI *g_main = nullptr;
 
 std::map<int, SectionFactory> &factories() {
     static std::map<int, SectionFactory> f;
@@ -113,14 +112,9 @@ void TimerModel::rearm() {
     startedAt = Clock::msecsSinceEpoch();
 }
 
-frmMDI *MainWindow() {
-    return g_main;
-}
-
 // ---- Construction ----
 
 frmMDI::frmMDI() {
-    g_main = this;
     buildMenus();
     buildBars();
     const qint64 now = Clock::msecsSinceEpoch();
@@ -136,8 +130,8 @@ frmMDI::frmMDI() {
         tip.Form_Load();
         if (!tip.closeRequested) ui().showModal(tip);
     };
-    showOptions = [] {
-        frmOptions options;
+    showOptions = [this] {
+        frmOptions options(this);
         options.Form_Load();
         ui().showModal(options);
     };
@@ -148,7 +142,6 @@ frmMDI::~frmMDI() {
     db::state().AfterOpen = nullptr;
     db::state().AfterClose = nullptr;
     if (m_section) m_section->Form_Unload();
-    if (g_main == this) g_main = nullptr;
 }
 
 void frmMDI::RegisterSection(int code, SectionFactory factory) {
@@ -464,7 +457,7 @@ void frmMDI::ExitProgram() {
         db::CloseStore(false);
     }
     SessionGuards::RemoveIdleHooks();
-    SessionGuards::WipeClipboard();
+    WipeClipboard();
     if (!m_refused) ReleaseSingleInstance();
     changed();
     if (endProgram) endProgram();
@@ -484,7 +477,7 @@ void frmMDI::CloseStore() {
 void frmMDI::afterStoreOpen() {
     SessionGuards::state().ShowPrivate = Startvariables::state().ShowPrivateDefault;
     SetDatabaseMenus(true);
-    SessionGuards::mnuViewShowPrivate_Switch();
+    mnuViewShowPrivate_Switch();
     const QString path = db::state().DatabasePath;
     Caption = QStringLiteral("Kestrelmondarin - ") + FolderOfPath(path, false);
     if (auto *splash = dynamic_cast<frmSplash *>(m_section.get())) splash->ShowDatabase(path);
@@ -509,7 +502,8 @@ void frmMDI::SetDatabaseMenus(bool state) {
     for (const char *name : {"mnuFileCloseDB", "mnuFileCloseSection", "mnuEdit", "mnuView", "mnuToolsBackup",
                              "mnuToolsDbUtilitiesRepairCompact", "mnuToolsPreferences"})
         setEnabled(*this, name, state);
-    toolButton(3).enabled = state && showPrivate();
+    m_menusOn = state;
+    refreshLockButton();
     toolButton(5).enabled = state;
     changed();
 }
@@ -518,7 +512,8 @@ void frmMDI::SetSectionMenus(bool state) {
     for (const char *name : {"mnuEdit", "mnuViewShowPrivate", "mnuToolsBackup",
                              "mnuToolsDbUtilitiesRepairCompact", "mnuToolsPreferences"})
         setEnabled(*this, name, state);
-    toolButton(3).enabled = state && showPrivate();
+    m_menusOn = state;
+    refreshLockButton();
     toolButton(5).enabled = state;
     changed();
 }
@@ -571,7 +566,7 @@ bool frmMDI::mnuDbRepair(const QString &pathIn) {
                 db::state().DatabasePath = path;
                 db::FinishOpen();
                 SessionGuards::state().ShowPrivate = wasShowing;
-                SessionGuards::mnuViewShowPrivate_Switch();
+                mnuViewShowPrivate_Switch();
             });
             desktop().setWaitCursor(false);
             OutlookBarEnabled(true);
@@ -607,7 +602,7 @@ void frmMDI::optSection_ButtonClick(int button) {
     const QString key = optSection[static_cast<size_t>(button - 1)].key;
     int code = key.right(2).toInt();
     if (code >= 11 && code <= 16) {
-        if (!Users::PinAllows(code - 11)) {
+        if (!pinAllows(code - 11)) {
             GoToSection(8);
             return;
         }
@@ -622,7 +617,7 @@ void frmMDI::optSection_ButtonClick(int button) {
         return;
     } else if (code >= 11 && code <= 17) {
         const auto f = factories().find(code);
-        if (f != factories().end() && f->second) next = f->second();
+        if (f != factories().end() && f->second) next = f->second(sectionContext());
         if (!next) {
             QString name = optSection[static_cast<size_t>(button - 1)].caption.trimmed();
             next = std::make_unique<frmSectionPlaceholder>(code, name);
@@ -789,7 +784,7 @@ void frmMDI::mnuFileQuit_Click() {
 void frmMDI::mnuEditCopy_Click(ActiveControl &control) {
     timerClipboard.setEnabled(false);
     clipboard().clear();
-    SessionGuards::ArmClipboardWipe();
+    armClipboardWipe();
     if (control.present) {
         control.selStart = std::clamp(control.selStart, 0, static_cast<int>(control.text.size()));
         control.selLength =
@@ -835,7 +830,7 @@ void frmMDI::mnuViewSection_Click(int index) {
 }
 
 void frmMDI::mnuViewShowPrivate_Click() {
-    guarded([] { SessionGuards::TogglePrivate(); });
+    guarded([this] { TogglePrivate(); });
 }
 
 void frmMDI::mnuCalendarView_Click(int index) {
@@ -895,7 +890,7 @@ void frmMDI::timerTimeout_Timer() {
 }
 
 void frmMDI::timerClipboard_Timer() {
-    SessionGuards::WipeClipboard();
+    WipeClipboard();
 }
 
 void frmMDI::timerSplash_Timer() {
@@ -925,6 +920,108 @@ void frmMDI::fireDueTimers() {
             timer->rearm();
             (this->*tick)();
         }
+}
+
+// ---- The session guards on this window ----
+
+void frmMDI::copyText(const QString &text) {
+    ActiveControl control{true, text, 0, static_cast<int>(text.size())};
+    mnuEditCopy_Click(control);
+}
+
+void frmMDI::armClipboardWipe() {
+    timerClipboard.setEnabled(true);
+    changed();
+}
+
+void frmMDI::WipeClipboard() {
+    SessionGuards::WipeClipboardText();
+    timerClipboard.setEnabled(false);
+    changed();
+}
+
+void frmMDI::setBusy(WindowModel *window, bool busy) {
+    SessionGuards::state().IdleFrozen = busy;
+    desktop().setWaitCursor(busy);
+    if (auto *section = dynamic_cast<SectionWindow *>(window)) section->enabled = !busy;
+    enabled = !busy;
+    panelComment.clear();
+    changed();
+}
+
+bool frmMDI::privateShown() const {
+    return showPrivate();
+}
+
+int frmMDI::userNumber() const {
+    return Users::state().User.Number;
+}
+
+bool frmMDI::pinAllows(int pinSection) {
+    return Users::PinAllows(pinSection);
+}
+
+SectionContext frmMDI::sectionContext() {
+    return SectionContext{ui(), *this, db::Store(), Clock::current(), QLocale::system()};
+}
+
+void frmMDI::refreshLockButton() {
+    if (Toolbar1.size() >= 3) toolButton(3).enabled = m_menusOn && showPrivate();
+}
+
+void frmMDI::mnuViewShowPrivate_Switch() {
+    if (MenuItem *m = menu(QStringLiteral("mnuViewShowPrivate")))
+        m->caption =
+            showPrivate() ? QStringLiteral("Hide Private Records") : QStringLiteral("Show Private Records");
+    refreshLockButton();
+    changed();
+}
+
+void frmMDI::setPrivateShown(bool on) {
+    SessionGuards::state().ShowPrivate = on;
+    mnuViewShowPrivate_Switch();
+    switch (CurrentSection) {
+    case 0:
+        break;
+    case 13:
+        // The Diary is private as a whole and closes at once.
+        if (!on) GoToSection(8);
+        break;
+    default:
+        if (m_section) m_section->HideShow();
+        break;
+    }
+    changed();
+}
+
+void frmMDI::TogglePrivate() {
+    if (!showPrivate()) {
+        if (Passphrase::VerifyPassphrase(false)) setPrivateShown(true);
+    } else {
+        setPrivateShown(false);
+    }
+}
+
+void frmMDI::StandByPause() {
+    DesktopService &desk = desktop();
+    const bool wasEnabled = enabled;
+    desk.setWaitCursor(true);
+    desk.processEvents();
+    enabled = false;
+    panelComment = QStringLiteral("Stand By");
+    timerPW.setEnabled(true);
+    changed();
+    // The widget's timerPW ends the pause; on a clock that runs without it,
+    // the model's own bookkeeping does.
+    while (timerPW.Enabled) {
+        desk.setWaitCursor(true);
+        desk.processEvents();
+        if (timerPW.due()) timerPW_Timer();
+    }
+    panelComment.clear();
+    desk.setWaitCursor(false);
+    enabled = wasEnabled;
+    changed();
 }
 
 } // namespace km

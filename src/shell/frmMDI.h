@@ -14,7 +14,9 @@
 //   - it shows the section window section() (a frmSplash, a placeholder, or a
 //     section's own model) in its client area, maximized.
 //
-// One instance per process; modules reach it through km::MainWindow().
+// It is the Shell of the section windows: each is made with a SectionContext
+// that hands it this window's clipboard, busy and private-records services,
+// and nothing more of it.
 #pragma once
 
 #include <functional>
@@ -24,6 +26,7 @@
 
 #include <QString>
 
+#include "shell/SectionContext.h"
 #include "ui/WindowModel.h"
 
 namespace km {
@@ -143,11 +146,11 @@ private:
     QString m_name;
 };
 
-using SectionFactory = std::function<std::unique_ptr<SectionWindow>()>;
+using SectionFactory = std::function<std::unique_ptr<SectionWindow>(const SectionContext &)>;
 
 // ---- The main window ----
 
-class frmMDI : public WindowModel {
+class frmMDI : public WindowModel, public Shell {
 public:
     frmMDI();
     ~frmMDI() override;
@@ -278,6 +281,32 @@ public:
     // Calls onChanged.
     void changed();
 
+    // ---- The session guards on this window ----
+    // Shell: what a section window may ask of the main window.
+    void copyText(const QString &text) override;
+    void armClipboardWipe() override;
+    void setBusy(WindowModel *window, bool busy) override;
+    bool privateShown() const override;
+    void setPrivateShown(bool on) override;
+    int userNumber() const override;
+    bool pinAllows(int pinSection) override;
+    // The context a section window is made with.
+    SectionContext sectionContext();
+
+    // Overwrites and clears the clipboard; the wipe timer stops.
+    void WipeClipboard();
+    // The handler of "Show/Hide Private Records" and of the Lock button:
+    // showing asks for the passphrase, hiding asks nothing.
+    void TogglePrivate();
+    // The menu caption and the Lock button follow ShowPrivate.
+    void mnuViewShowPrivate_Switch();
+    // The one rule of the Lock button: it can hide private records while
+    // they are shown and the menus are on, and never show them.
+    void refreshLockButton();
+    // The pause after a wrong passphrase: "Stand By", wait cursor, nothing
+    // can be typed, for the whole interval of timerPW.
+    void StandByPause();
+
 private:
     void buildMenus();
     void buildBars();
@@ -301,9 +330,7 @@ private:
     int m_depth = 0;
     bool m_refused = false; // a second instance: nothing of this one is kept
     bool m_exiting = false;
+    bool m_menusOn = false; // the last state of SetDatabaseMenus / SetSectionMenus
 };
-
-// The main window of the process; nullptr while there is none.
-frmMDI *MainWindow();
 
 } // namespace km

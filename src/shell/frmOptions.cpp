@@ -132,7 +132,11 @@ void frmOptions::UpDownIdle_Change(bool up) {
 
 void frmOptions::chkShowPrivate_Click(bool checked) {
     chkShowPrivate = checked;
-    if (checked && !m_loading && !passphraseGiven()) chkShowPrivate = false;
+    if (!checked || m_loading) return;
+    if (passphraseGiven())
+        m_privateGiven = true;
+    else
+        chkShowPrivate = false;
 }
 
 bool frmOptions::udHN_Change(TimeBox box, bool hourSpinner, bool up) {
@@ -184,8 +188,17 @@ void frmOptions::cmdOK_Click() {
     v.BudgetShow3 = flags[2];
 
     v.ShowPrivateDefault = chkShowPrivate;
-    SessionGuards::state().ShowPrivate = chkShowPrivate;
-    SessionGuards::mnuViewShowPrivate_Switch();
+    // OK may hide private records; it shows them only when the passphrase was
+    // given for it in this window, never because the box loaded ticked.
+    bool show = SessionGuards::state().ShowPrivate;
+    if (!chkShowPrivate)
+        show = false;
+    else if (m_privateGiven)
+        show = true;
+    if (m_shell)
+        m_shell->setPrivateShown(show);
+    else
+        SessionGuards::state().ShowPrivate = show;
 
     // An emptied box keeps the name the field had.
     for (int i = 0; i < Startvariables::UserFieldCount; ++i)
@@ -207,11 +220,6 @@ void frmOptions::cmdOK_Click() {
     v.DayStart = Times[WorkdayStart] / 1440.0;
     v.DayEnd = Times[WorkdayEnd] / 1440.0;
     v.DayFirstShown = Times[DisplayFrom] / 1440.0;
-
-    if (frmMDI *main = MainWindow()) {
-        if (main->Toolbar1.size() >= 3) main->toolButton(3).enabled = SessionGuards::state().ShowPrivate;
-        main->changed();
-    }
 
     Startvariables::SaveStartVariables();
 

@@ -17,6 +17,7 @@
 #include <QString>
 #include <QStringList>
 
+#include "shell/SectionContext.h"
 #include "ui/Controls.h"
 #include "ui/WindowModel.h"
 
@@ -81,6 +82,9 @@ public:
     std::array<bool, 9> PinApp{};
     int PINeveryaccess = 0; // 0 once a session, 1 at every access
 
+    // The main window whose private records OK shows or hides; none in
+    // tests that look at the settings alone.
+    explicit frmOptions(Shell *shell = nullptr) : m_shell(shell) {}
     ~frmOptions() override;
 
     // ---- Commands ----
@@ -106,7 +110,9 @@ public:
 
 private:
     void loadPin();
+    Shell *m_shell = nullptr;
     bool m_loading = false;
+    bool m_privateGiven = false; // the passphrase was given here to show private records
 };
 
 } // namespace km

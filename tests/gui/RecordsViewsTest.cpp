@@ -13,10 +13,8 @@
 #include "gui/records/frmNotepad.h"
 #include "records/frmClassified.h"
 #include "records/frmNotepad.h"
-#include "shell/SessionGuards.h"
 #include "store/CATEGORIES.h"
-#include "support/ScriptedDialogs.h"
-#include "support/StoreFixture.h"
+#include "support/SectionFixture.h"
 
 namespace {
 
@@ -27,21 +25,18 @@ void startApp() {
     if (!qApp) new QApplication(argc, argv);
 }
 
-class RecordsViewsTest : public km::test::StoreFixture {
+class RecordsViewsTest : public km::test::SectionFixture {
 protected:
     void SetUp() override {
         startApp();
-        StoreFixture::SetUp();
-        SessionGuards::state().ShowPrivate = true;
-        CATEGORIES::state() = {};
+        SectionFixture::SetUp();
     }
-    km::test::ScriptedDialogs ui;
 };
 
 } // namespace
 
 TEST_F(RecordsViewsTest, AMemoAddedThroughTheModelShowsInTheList) {
-    km::frmNotepad model;
+    km::frmNotepad model(context());
     model.Form_Load();
     km::gui::frmNotepad view(model);
     view.sync();
@@ -72,7 +67,7 @@ TEST_F(RecordsViewsTest, AMemoAddedThroughTheModelShowsInTheList) {
 }
 
 TEST_F(RecordsViewsTest, PasswordFieldIsMaskedUntilShowPlainPassword) {
-    km::frmClassified model;
+    km::frmClassified model(context());
     model.Form_Load(); // Web Login: Name, URL, User ID, Password
     model.newRecord = true;
     model.txtCtl = {QStringLiteral("Shop"), QStringLiteral("https://shop.example"), QStringLiteral("jo"),

@@ -80,6 +80,7 @@ TEST_F(ShieldFilterTest, TypedTextReachesTheBoxThroughTheShield) {
 
 TEST_F(ShieldFilterTest, CopyArmsTheClipboardWipeAndStillCopies) {
     km::frmMDI main;
+    km::gui::SetShieldShell(&main);
     main.timerClipboard.setEnabled(false);
     box->setText(QStringLiteral("secret"));
     box->setSelection(0, 3);
@@ -88,6 +89,7 @@ TEST_F(ShieldFilterTest, CopyArmsTheClipboardWipeAndStillCopies) {
     EXPECT_TRUE(main.timerClipboard.Enabled);
     EXPECT_EQ(box->text(), QStringLiteral("secret"));
     EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("sec"));
+    km::gui::SetShieldShell(nullptr);
 }
 
 } // namespace

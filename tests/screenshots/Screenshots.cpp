@@ -17,14 +17,14 @@
 #include "gui/store/frmPW.h"
 #include "records/frmClassified.h"
 #include "records/frmNotepad.h"
-#include "ui/Dialogs.h"
-#include "ui/LanguageUS.h"
 #include "shell/frmMDI.h"
 #include "store/CATEGORIES.h"
 #include "store/Users.h"
 #include "store/frmEditCategories.h"
 #include "store/frmMenuDB.h"
 #include "store/frmPW.h"
+#include "ui/Dialogs.h"
+#include "ui/LanguageUS.h"
 
 namespace km::gui {
 
@@ -147,7 +147,7 @@ void TourRecords(frmMDI &window, km::frmMDI &model) {
         p.save(&window, QStringLiteral("confidential-section"));
         data->cmdEdit_Click();
 
-        km::frmEditText text;
+        km::frmEditText text(ui());
         text.txtSubject = QStringLiteral("Notes");
         text.txt = data->txtNotes;
         ui().showModal(text);

@@ -8,11 +8,11 @@
 
 #include "platform/Clock.h"
 #include "platform/Environment.h"
-#include "ui/Services.h"
 #include "shell/SessionGuards.h"
 #include "shell/frmMDI.h"
 #include "shell/frmSplash.h"
 #include "store/LoginTestSupport.h"
+#include "ui/Services.h"
 
 namespace km::test {
 
@@ -129,7 +129,9 @@ protected:
         return w->Form_Load();
     }
     void registerLogging(int code, SectionLog &log) {
-        frmMDI::RegisterSection(code, [code, &log] { return std::make_unique<LoggingSection>(code, log); });
+        frmMDI::RegisterSection(code, [code, &log](const SectionContext &) {
+            return std::make_unique<LoggingSection>(code, log);
+        });
     }
     int buttonOf(int code) const {
         for (size_t i = 0; i < w->optSection.size(); ++i)

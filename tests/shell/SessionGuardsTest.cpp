@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "ui/LanguageUS.h"
 #include "shell/MainWindowTestSupport.h"
+#include "ui/LanguageUS.h"
 
 namespace km::test {
 namespace {
@@ -80,13 +80,13 @@ TEST_F(IdleTest, ActivityBusyAndHooks) {
 
     SectionLog log;
     LoggingSection section(11, log);
-    SessionGuards::SetBusy(&section, true);
+    w->setBusy(&section, true);
     clock.advanceSecs(600);
     EXPECT_EQ(SessionGuards::IdleMilliseconds(), 0);
     EXPECT_TRUE(desk.waitCursor);
     EXPECT_FALSE(w->enabled);
     EXPECT_FALSE(section.enabled);
-    SessionGuards::SetBusy(&section, false);
+    w->setBusy(&section, false);
     clock.advanceSecs(3);
     EXPECT_EQ(SessionGuards::IdleMilliseconds(), 3000);
     EXPECT_FALSE(desk.waitCursor);
@@ -136,11 +136,23 @@ TEST_F(ClipboardTest, CopyAndCutRestartTheTimerArmingDoesNot) {
         w->fireDueTimers();
         EXPECT_EQ(clip.current, "secret1");
 
-        SessionGuards::ArmClipboardWipe();
+        w->armClipboardWipe();
         clock.advanceSecs(10);
         w->fireDueTimers();
         EXPECT_TRUE(clip.current.isEmpty());
     }
+}
+
+// What a section copies goes through the same Copy: marked secret, under the wipe.
+TEST_F(ClipboardTest, ASectionsCopyIsTheProgramsCopy) {
+    w->timerClipboard.setEnabled(false);
+    w->copyText(QStringLiteral("pa55word"));
+    EXPECT_EQ(clip.current, "pa55word");
+    EXPECT_TRUE(clip.allSecret);
+    EXPECT_TRUE(w->timerClipboard.Enabled);
+    clock.advanceSecs(30);
+    w->fireDueTimers();
+    EXPECT_TRUE(clip.current.isEmpty());
 }
 
 TEST_F(ClipboardTest, PasteReplacesTheSelection) {
@@ -165,7 +177,7 @@ using StandByTest = MainWindowFixture;
 TEST_F(StandByTest, StandsByUntilTimerPWAndTakesNoInput) {
     QStringList seen;
     desk.duringEvents = [&] { seen << w->panelComment + (w->enabled ? "+" : "-"); };
-    SessionGuards::StandByPause();
+    w->StandByPause();
     ASSERT_FALSE(seen.isEmpty());
     EXPECT_EQ(seen.count("Stand By-"), seen.size() - 1); // the first round comes before it
     EXPECT_FALSE(w->timerPW.Enabled);
@@ -178,8 +190,7 @@ using PrivateTest = MainWindowFixture;
 
 TEST_F(PrivateTest, SwitchAsksOnlyToShowAndLockOnlyHides) {
     ASSERT_TRUE(startOpen());
-    SessionGuards::state().ShowPrivate = false;
-    SessionGuards::HideShow();
+    w->setPrivateShown(false);
     EXPECT_EQ(w->menu("mnuViewShowPrivate")->caption, "Show Private Records");
     EXPECT_FALSE(w->toolButton(3).enabled);
 

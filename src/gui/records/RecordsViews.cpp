@@ -1,7 +1,6 @@
 #include "gui/records/RecordsViews.h"
 
 #include <QApplication>
-#include <QKeyEvent>
 #include <QPlainTextEdit>
 #include <QSignalBlocker>
 
@@ -41,20 +40,6 @@ void drawPlain(QPlainTextEdit *widget, const QString &text) {
     if (widget->toPlainText() == text) return;
     const QSignalBlocker block(widget);
     widget->setPlainText(text);
-}
-
-bool ListKeyCommand(QEvent *event, const std::function<void()> &edit, const std::function<void()> &remove) {
-    if (event->type() != QEvent::KeyPress) return false;
-    const int key = static_cast<QKeyEvent *>(event)->key();
-    if (key == Qt::Key_Return || key == Qt::Key_Enter) {
-        edit();
-        return true;
-    }
-    if (key == Qt::Key_Delete) {
-        remove();
-        return true;
-    }
-    return false;
 }
 
 } // namespace km::gui

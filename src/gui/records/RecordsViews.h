@@ -4,7 +4,6 @@
 
 #include <functional>
 
-class QEvent;
 class QPlainTextEdit;
 class QString;
 class QWidget;
@@ -26,8 +25,5 @@ void DrawOnWindowColour(QWidget *view);
 // Sets the text only when it differs, without signals, so that the caret and
 // the scroll position stay.
 void drawPlain(QPlainTextEdit *widget, const QString &text);
-// The keys of a section's list: Enter edits the selected record, Delete
-// deletes it. True when the event was one of them and has been handled.
-bool ListKeyCommand(QEvent *event, const std::function<void()> &edit, const std::function<void()> &remove);
 
 } // namespace km::gui

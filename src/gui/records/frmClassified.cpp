@@ -37,7 +37,7 @@ const QList<KindGroup> &kindGroups() {
 } // namespace
 
 frmClassified::frmClassified(km::frmClassified &model, QWidget *parent)
-    : SectionView(parent), m_model(model) {
+    : SortedSectionView(model, parent), m_model(model) {
     // The kinds: one column of buttons under the captions of their groups.
     auto *kinds = new QWidget(this);
     auto *kindColumn = new QVBoxLayout(kinds);
@@ -68,8 +68,7 @@ frmClassified::frmClassified(km::frmClassified &model, QWidget *parent)
     }
     kindColumn->addStretch();
 
-    listSelect = new QListWidget(this);
-    listSelect->installEventFilter(this);
+    listSelect = makeList(this, [this] { m_model.cmdEdit_Click(); });
 
     auto *pane = new QWidget(this);
     lblCategory = new QLabel(pane);
@@ -133,13 +132,6 @@ frmClassified::frmClassified(km::frmClassified &model, QWidget *parent)
 
     connect(exclusive, &QButtonGroup::idClicked, this,
             [this](int kind) { command([this, kind] { m_model.cat_Click(kind); }); });
-    connect(listSelect, &QListWidget::currentRowChanged, this, [this](int row) {
-        if (row != m_model.listSelect.ListIndex()) command([this, row] { m_model.listSelect_Click(row); });
-    });
-    // Queued, as the refill after the save replaces the list's items.
-    connect(
-        listSelect, &QListWidget::itemDoubleClicked, this,
-        [this] { command([this] { m_model.cmdEdit_Click(); }); }, Qt::QueuedConnection);
     connect(chkPlainPW, &QCheckBox::clicked, this, [this](bool on) {
         command([this, on] {
             m_model.chkPlainPW = on;
@@ -152,11 +144,6 @@ frmClassified::frmClassified(km::frmClassified &model, QWidget *parent)
             [this] { command([this] { m_model.cmdDelete_Click(); }); });
 }
 
-void frmClassified::command(const std::function<void()> &fn) {
-    fn();
-    sync();
-}
-
 void frmClassified::offerCopy(QWidget *control, int field, const QPoint &pos) {
     QMenu menu(this);
     QAction *copy = menu.addAction(QStringLiteral("Copy"));
@@ -166,19 +153,10 @@ void frmClassified::offerCopy(QWidget *control, int field, const QPoint &pos) {
     if (menu.exec(control->mapToGlobal(pos)) == copy) command([this, field] { m_model.CopyField(field); });
 }
 
-bool frmClassified::eventFilter(QObject *watched, QEvent *event) {
-    if (watched == listSelect && ListKeyCommand(
-                                     event, [this] { command([this] { m_model.cmdEdit_Click(); }); },
-                                     [this] { command([this] { m_model.cmdDelete_Click(); }); }))
-        return true;
-    return SectionView::eventFilter(watched, event);
-}
-
 void frmClassified::sync() {
-    setEnabled(m_model.enabled);
+    syncList();
     for (auto &[kind, button] : cat)
         button->setChecked(kind == m_model.cat);
-    drawList(listSelect, m_model.listSelect);
     lblCategory->setText(m_model.lblCategory);
     for (size_t i = 0; i < 5; ++i) {
         lblTxt[i]->setText(m_model.lblTxt[i]);

@@ -9,7 +9,7 @@
 #include <functional>
 #include <map>
 
-#include "gui/shell/SectionView.h"
+#include "gui/shell/SortedSectionView.h"
 #include "records/frmClassified.h"
 
 class QCheckBox;
@@ -22,7 +22,7 @@ class QToolButton;
 
 namespace km::gui {
 
-class frmClassified : public SectionView {
+class frmClassified : public SortedSectionView {
     Q_OBJECT
 public:
     frmClassified(km::frmClassified &model, QWidget *parent = nullptr);
@@ -41,11 +41,7 @@ public:
     QPushButton *cmdEdit = nullptr;
     QPushButton *cmdDelete = nullptr;
 
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
 private:
-    void command(const std::function<void()> &fn);
     // The field's own menu in place of the system's: "Copy" alone.
     void offerCopy(QWidget *control, int field, const QPoint &pos);
 

@@ -4,7 +4,7 @@
 
 #include <array>
 
-#include "gui/ModelDialog.h"
+#include "gui/shell/SortedSectionView.h"
 #include "records/frmClassified.h"
 
 class QCheckBox;
@@ -15,7 +15,7 @@ class QPushButton;
 
 namespace km::gui {
 
-class frmEditConfidential : public ModelDialog {
+class frmEditConfidential : public RecordEditorDialog {
     Q_OBJECT
 public:
     frmEditConfidential(km::frmEditConfidential &model, QWidget *parent = nullptr);
@@ -25,11 +25,6 @@ public:
     std::array<QLineEdit *, 5> txtCtl{};
     QPlainTextEdit *txtNotes = nullptr;
     QCheckBox *ctlPrivate = nullptr;
-    QPushButton *cmdOK = nullptr;
-    QPushButton *cmdEsc = nullptr;
-
-protected:
-    bool cancelCommand() override;
 
 private:
     km::frmEditConfidential &m_model;

@@ -3,7 +3,7 @@
 // changed.
 #pragma once
 
-#include "gui/ModelDialog.h"
+#include "gui/shell/SortedSectionView.h"
 #include "records/frmNotepad.h"
 
 class QCheckBox;
@@ -15,7 +15,7 @@ class QToolButton;
 
 namespace km::gui {
 
-class frmEditNotepad : public ModelDialog {
+class frmEditNotepad : public RecordEditorDialog {
     Q_OBJECT
 public:
     frmEditNotepad(km::frmEditNotepad &model, QWidget *parent = nullptr);
@@ -26,11 +26,6 @@ public:
     QToolButton *cmdEditCat = nullptr;
     QPlainTextEdit *ctlNote = nullptr;
     QCheckBox *ctlPrivate = nullptr;
-    QPushButton *cmdOK = nullptr;
-    QPushButton *cmdEsc = nullptr;
-
-protected:
-    bool cancelCommand() override;
 
 private:
     km::frmEditNotepad &m_model;

@@ -1,7 +1,7 @@
 // The text editor over its model: a subject line and the text; shielded.
 #pragma once
 
-#include "gui/ModelDialog.h"
+#include "gui/shell/SortedSectionView.h"
 #include "records/frmClassified.h"
 
 class QLineEdit;
@@ -10,7 +10,7 @@ class QPushButton;
 
 namespace km::gui {
 
-class frmEditText : public ModelDialog {
+class frmEditText : public RecordEditorDialog {
     Q_OBJECT
 public:
     frmEditText(km::frmEditText &model, QWidget *parent = nullptr);
@@ -18,11 +18,6 @@ public:
 
     QLineEdit *txtSubject = nullptr;
     QPlainTextEdit *txt = nullptr;
-    QPushButton *cmdOK = nullptr;
-    QPushButton *cmdEsc = nullptr;
-
-protected:
-    bool cancelCommand() override;
 
 private:
     km::frmEditText &m_model;

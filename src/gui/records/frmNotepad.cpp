@@ -19,15 +19,15 @@
 
 namespace km::gui {
 
-frmNotepad::frmNotepad(km::frmNotepad &model, QWidget *parent) : SectionView(parent), m_model(model) {
+frmNotepad::frmNotepad(km::frmNotepad &model, QWidget *parent)
+    : SortedSectionView(model, parent), m_model(model) {
     auto *left = new QWidget(this);
     cboCategories = new QComboBox(left);
     cboCategories->setToolTip(QStringLiteral("Show the memos of one category"));
     cmdEditCat = new QToolButton(left);
     cmdEditCat->setText(QStringLiteral("..."));
     cmdEditCat->setToolTip(QStringLiteral("Edit categories"));
-    ListSelect = new QListWidget(left);
-    ListSelect->installEventFilter(this);
+    ListSelect = makeList(left, [this] { m_model.cmdEdit_Click(); });
     auto *filter = new QHBoxLayout;
     filter->addWidget(cboCategories, 1);
     filter->addWidget(cmdEditCat);
@@ -95,14 +95,6 @@ frmNotepad::frmNotepad(km::frmNotepad &model, QWidget *parent) : SectionView(par
             m_model.cboCategories_Click();
         });
     });
-    connect(ListSelect, &QListWidget::currentRowChanged, this, [this](int row) {
-        if (row != m_model.ListSelect.ListIndex()) command([this, row] { m_model.listSelect_Click(row); });
-    });
-    // Queued: the editor must not run inside the list's own mouse handling,
-    // which the refill after the save would pull from under it.
-    connect(
-        ListSelect, &QListWidget::itemDoubleClicked, this,
-        [this] { command([this] { m_model.cmdEdit_Click(); }); }, Qt::QueuedConnection);
     connect(cmdEditCat, &QToolButton::clicked, this,
             [this] { command([this] { m_model.cmdEditCat_Click(); }); });
     connect(cmdAdd, &QPushButton::clicked, this, [this] { command([this] { m_model.cmdAdd_Click(); }); });
@@ -111,23 +103,9 @@ frmNotepad::frmNotepad(km::frmNotepad &model, QWidget *parent) : SectionView(par
             [this] { command([this] { m_model.cmdDelete_Click(); }); });
 }
 
-void frmNotepad::command(const std::function<void()> &fn) {
-    fn();
-    sync();
-}
-
-bool frmNotepad::eventFilter(QObject *watched, QEvent *event) {
-    if (watched == ListSelect && ListKeyCommand(
-                                     event, [this] { command([this] { m_model.cmdEdit_Click(); }); },
-                                     [this] { command([this] { m_model.cmdDelete_Click(); }); }))
-        return true;
-    return SectionView::eventFilter(watched, event);
-}
-
 void frmNotepad::sync() {
-    setEnabled(m_model.enabled);
+    syncList();
     drawCombo(cboCategories, m_model.cboCategories);
-    drawList(ListSelect, m_model.ListSelect);
     drawText(txtSubject, m_model.txtSubject);
     txtSubject->setCursorPosition(0);
     drawCombo(cboCategory, m_model.cboCategory);

@@ -6,7 +6,7 @@
 
 #include <functional>
 
-#include "gui/shell/SectionView.h"
+#include "gui/shell/SortedSectionView.h"
 #include "records/frmNotepad.h"
 
 class QCheckBox;
@@ -20,7 +20,7 @@ class QToolButton;
 
 namespace km::gui {
 
-class frmNotepad : public SectionView {
+class frmNotepad : public SortedSectionView {
     Q_OBJECT
 public:
     frmNotepad(km::frmNotepad &model, QWidget *parent = nullptr);
@@ -39,13 +39,7 @@ public:
     QPushButton *cmdEdit = nullptr;
     QPushButton *cmdDelete = nullptr;
 
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
 private:
-    // Runs a command of the model, then redraws.
-    void command(const std::function<void()> &fn);
-
     km::frmNotepad &m_model;
 };
 

@@ -13,7 +13,7 @@
 #include <QTreeView>
 
 #include "shell/SHIELD.h"
-#include "shell/SessionGuards.h"
+#include "shell/SectionContext.h"
 
 namespace km::gui {
 
@@ -65,6 +65,12 @@ void writeControl(QWidget *box, const SHIELD::TextControl &before, const SHIELD:
         text->setTextCursor(cursor);
     else
         plain->setTextCursor(cursor);
+}
+
+Shell *g_shell = nullptr;
+
+void armWipe() {
+    if (g_shell) g_shell->armClipboardWipe();
 }
 
 class ShieldFilter : public QObject {
@@ -140,13 +146,13 @@ private:
         }
         QWidget *focus = m_window->focusWidget() ? m_window->focusWidget() : m_window.data();
         if (m_hook.installed == SHIELD::HookProc::Watch) {
-            if (SHIELD::WatchKeyProc(e).armWipe) SessionGuards::ArmClipboardWipe();
+            if (SHIELD::WatchKeyProc(e).armWipe) armWipe();
             return false;
         }
         QWidget *box = textBoxOf(focus);
         const SHIELD::TextControl before = box ? readControl(box) : SHIELD::TextControl{};
         const SHIELD::ShieldAction a = SHIELD::ShieldKeyProc(e, box ? &before : nullptr);
-        if (a.armWipe) SessionGuards::ArmClipboardWipe();
+        if (a.armWipe) armWipe();
         if (a.swallow && a.write) {
             writeControl(box, before, a);
             return true;
@@ -210,6 +216,10 @@ QHeaderView *headerOf(QWidget *control) {
 }
 
 } // namespace
+
+void SetShieldShell(Shell *shell) {
+    g_shell = shell;
+}
 
 void InstallShield(QWidget *window) {
     if (window) new ShieldFilter(window, SHIELD::HookProc::Shield);

@@ -13,7 +13,15 @@
 class QKeyEvent;
 class QWidget;
 
+namespace km {
+class Shell;
+}
+
 namespace km::gui {
+
+// The main window whose clipboard wipe Ctrl+X and Ctrl+C arm in a shielded
+// window; the main window's widget sets it for its life (nullptr: none).
+void SetShieldShell(Shell *shell);
 
 // Puts the shield on window for its whole life (the filter dies with it).
 void InstallShield(QWidget *window);

@@ -29,11 +29,12 @@
 
 #include "gui/QtDialogs.h"
 #include "gui/shell/SectionView.h"
+#include "gui/shell/ShieldFilter.h"
 #include "gui/shell/frmAbout.h"
 #include "gui/shell/frmTip.h"
-#include "ui/Services.h"
 #include "shell/SessionGuards.h"
 #include "shell/frmOptions.h"
+#include "ui/Services.h"
 
 namespace km::gui {
 
@@ -179,12 +180,14 @@ frmMDI::frmMDI(km::frmMDI &model, QtDialogs &dialogs) : m_model(model), m_dialog
     m_clock->start(1000);
 
     setHooks();
+    SetShieldShell(&m_model);
     qApp->installEventFilter(this);
     resize(820, 588);
     sync();
 }
 
 frmMDI::~frmMDI() {
+    SetShieldShell(nullptr);
     qApp->removeEventFilter(this);
     m_dialogs.setMainWindow(nullptr, {});
     m_model.onChanged = nullptr;
