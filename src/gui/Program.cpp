@@ -3,12 +3,25 @@
 #include <cstdlib>
 
 #include <QApplication>
+#include <QFile>
+#include <QFileSystemWatcher>
 
 #include "gui/records/RecordsViews.h"
 #include "gui/shell/frmMDI.h"
+#include "platform/Environment.h"
 #include "records/RecordsSections.h"
 
 namespace km::gui {
+
+namespace {
+
+// A second start asks the running program to come to the front by writing to
+// this file beside the single-instance lock; the running one watches it.
+QString RaiseRequestPath() {
+    return SingleInstanceLockPath() + QStringLiteral(".raise");
+}
+
+} // namespace
 
 Program::Program() {
     setUi(&dialogs);
@@ -16,6 +29,10 @@ Program::Program() {
     setDesktop(&desktop);
     records::RegisterSections();
     RegisterRecordsViews(dialogs);
+    model.raiseOtherInstance = [] {
+        QFile request(RaiseRequestPath());
+        if (request.open(QIODevice::WriteOnly | QIODevice::Append)) request.write("raise\n");
+    };
 }
 
 Program::~Program() {
@@ -27,9 +44,26 @@ Program::~Program() {
 int Program::run(const std::function<void(frmMDI &, km::frmMDI &)> &afterLoad) {
     try {
         frmMDI window(model, dialogs);
-        window.show();
+        // The window comes up only once a store is open or the person chose to
+        // go on without one: until then a cancelled login or the DB menu's
+        // Exit ends the program, and no empty main window stands behind the
+        // questions of the start.
         if (!model.Form_Load()) return 0;
+        window.show();
         window.sync();
+
+        QFile request(RaiseRequestPath());
+        request.open(QIODevice::WriteOnly | QIODevice::Truncate);
+        request.close();
+        QFileSystemWatcher watcher({request.fileName()});
+        QObject::connect(&watcher, &QFileSystemWatcher::fileChanged, &window,
+                         [&window, &watcher](const QString &path) {
+                             if (window.isMinimized()) window.showNormal();
+                             window.raise();
+                             window.activateWindow();
+                             if (!watcher.files().contains(path)) watcher.addPath(path);
+                         });
+
         if (afterLoad) afterLoad(window, model);
         QApplication::exec();
     } catch (const ProgramEnd &end) {

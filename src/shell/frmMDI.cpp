@@ -11,6 +11,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
+#include <set>
 
 #include "platform/Clock.h"
 #include "platform/EngineMaintenance.h"
@@ -27,11 +28,23 @@
 #include "store/db.h"
 #include "store/frmMenuDB.h"
 #include "ui/Dialogs.h"
+#include "ui/LanguageUS.h"
 #include "ui/Services.h"
 
 namespace km {
 
 namespace {
+
+// Commands of parts that register themselves when they exist (the imports):
+// until then their menu entries stay disabled.
+const char *const ImportCommands[] = {"mnuTodoImportPalm",     "mnuMemoImportPalm",
+                                      "mnuAddressImportPalm",  "mnuAddressImportOutlook",
+                                      "mnuCalendarImportPalm", "mnuCalendarImportOutlook"};
+
+std::set<QString> &registeredCommands() {
+    static std::set<QString> c;
+    return c;
+}
 
 std::map<int, SectionFactory> &factories() {
     static std::map<int, SectionFactory> f;
@@ -136,6 +149,7 @@ frmMDI::frmMDI() {
         ui().showModal(options);
     };
     changePassphrase = [] { Passphrase::ChangePassphrase(); };
+    showWebsite = [] { desktop().openUrl(QString::fromLatin1(WebsiteUrl)); };
 }
 
 frmMDI::~frmMDI() {
@@ -150,6 +164,14 @@ void frmMDI::RegisterSection(int code, SectionFactory factory) {
 
 void frmMDI::UnregisterSections() {
     factories().clear();
+    registeredCommands().clear();
+}
+
+QString FirstStartQuestion(const QString &path) {
+    // The question names the folder the way the person knows it on this system.
+    return LanguageUS::MessageText(160).replace(
+        QStringLiteral("\"My Documents\\Kestrelmondarin\\Personaldata.kmd\""),
+        QLatin1Char('"') + QDir::toNativeSeparators(path) + QLatin1Char('"'));
 }
 
 MenuItem *frmMDI::menu(const QString &name, int index) {
@@ -167,7 +189,28 @@ ToolButton *frmMDI::toolButton(const QString &key) {
 }
 
 void frmMDI::changed() {
+    applyAvailability();
     if (onChanged) onChanged();
+}
+
+void frmMDI::RegisterCommand(const QString &name) {
+    registeredCommands().insert(name);
+}
+
+void frmMDI::applyAvailability() {
+    // Entries no other rule disables follow their part alone; Backup follows
+    // the store as well, so it is only held off here.
+    const auto follow = [this](const QString &name, bool available) {
+        if (MenuItem *m = menu(name)) m->enabled = available;
+    };
+    follow(QStringLiteral("mnuEditFind"), static_cast<bool>(showFind));
+    follow(QStringLiteral("mnuToolsDbUtilitiesRestore"), static_cast<bool>(DbRestore));
+    for (const char *name : ImportCommands)
+        follow(QString::fromLatin1(name), registeredCommands().count(QString::fromLatin1(name)) > 0);
+    if (!DbBackup)
+        if (MenuItem *m = menu(QStringLiteral("mnuToolsBackup"))) m->enabled = false;
+    if (!showFind)
+        if (ToolButton *find = toolButton(QStringLiteral("Find"))) find->enabled = false;
 }
 
 void frmMDI::buildMenus() {
@@ -180,14 +223,20 @@ void frmMDI::buildMenus() {
     users.visible = false;
     MenuItem online = item("mnuHelpOnline", "&Online Help");
     online.shortcut = QStringLiteral("F1");
+    // The keys a desktop program is expected to answer, where the menus give none.
+    const auto withKey = [](MenuItem m, const char *key) {
+        m.shortcut = QString::fromLatin1(key);
+        return m;
+    };
 
     m_menus = {
         submenu("mnuFile", "&File",
-                {item("mnuFileNew", "&New..."), item("mnuFileOpen", "&Open..."), separator(),
+                {withKey(item("mnuFileNew", "&New..."), "Ctrl+N"),
+                 withKey(item("mnuFileOpen", "&Open..."), "Ctrl+O"), separator(),
                  item("mnuFileCloseSection", "Close &Form"), item("mnuFileCloseDB", "Close &Database"),
-                 separator(), item("mnuFileQuit", "E&xit")}),
+                 separator(), withKey(item("mnuFileQuit", "E&xit"), "Ctrl+Q")}),
         submenu("mnuEdit", "&Edit",
-                {cut, copy, paste, separator(), item("mnuEditFind", "&Find"), separator(),
+                {cut, copy, paste, separator(), withKey(item("mnuEditFind", "&Find"), "Ctrl+F"), separator(),
                  item("mnuEditChangePW", "Change Pass&word"), users}),
         submenu("mnuView", "&View", {}),
         submenu("mnuTodo", "Tas&ks",
@@ -239,7 +288,7 @@ void frmMDI::buildMenus() {
     for (int i = 0; i < sections.size(); ++i)
         view.children.push_back(item("mnuViewSection", sections.at(i), i));
     view.children.push_back(separator());
-    view.children.push_back(item("mnuViewShowPrivate", "&Show Private Records"));
+    view.children.push_back(withKey(item("mnuViewShowPrivate", "&Show Private Records"), "Ctrl+L"));
 
     MenuItem &budget = *menu("mnuBudget");
     budget.children = {item("mnuBudgetAdd", "&Add...", 0),
@@ -334,6 +383,9 @@ void frmMDI::buildBars() {
                 button("btnWork", "Workdays"),
                 button("btnWeek", "Week"),
                 button("btnMonth", "Month")};
+    // Nothing to show before a store is open.
+    for (ToolButton &b : Toolbar1)
+        if (b.key.startsWith(QLatin1String("btn"))) b.enabled = false;
 }
 
 void frmMDI::hideSectionMenus() {
@@ -362,6 +414,7 @@ bool frmMDI::Form_Load() {
     if (!TryLockSingleInstance()) {
         ShowMessage(135, Buttons::OK, Answer::OK, Icon::Exclamation);
         m_refused = true;
+        if (raiseOtherInstance) raiseOtherInstance();
         if (!(unloadWindow && unloadWindow())) ExitProgram();
         return false;
     }
@@ -380,11 +433,19 @@ bool frmMDI::Form_Load() {
         s.DbOpen = false;
         if (ProbeDatabase(s.DatabasePath) != 0) {
             const QString folder = SpecialFolder(FolderDocuments) + QStringLiteral("/Kestrelmondarin");
+            const QString path = folder + QStringLiteral("/PersonalData.kmd");
             const bool firstRun = s.DatabasePath.isEmpty() && !QFileInfo::exists(folder);
-            if (firstRun && ShowMessage(160, Buttons::YesNo, Answer::Yes, Icon::Question) == Answer::Yes) {
+            if (firstRun && ui().message(FirstStartQuestion(path), Buttons::YesNo, Answer::Yes,
+                                         Icon::Question) == Answer::Yes) {
+                // The folder holds nothing but the person's stores.
                 QDir().mkpath(folder);
+                QFile::setPermissions(folder, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
+                                                  QFileDevice::ExeOwner);
                 s.NewStore = true;
-                if (db::CreateStore(folder + QStringLiteral("/PersonalData.kmd")) != 0) showFrmMenuDB();
+                if (db::CreateStore(path) != 0)
+                    showFrmMenuDB();
+                else
+                    ShowMessage(146, Buttons::OK, Answer::OK, Icon::Information);
             } else {
                 showFrmMenuDB();
             }
@@ -441,14 +502,15 @@ void frmMDI::showFrmMenuDB() {
 }
 
 void frmMDI::Form_QueryUnload() {
-    if (m_exiting) return;
-    if (!m_refused && placement.State == WindowState::Normal) savePlacement();
     ExitProgram();
 }
 
 void frmMDI::ExitProgram() {
     if (m_exiting) return;
     m_exiting = true;
+    // Every way out keeps the window's place, as long as the window was on
+    // screen in its normal state.
+    if (!m_refused && placement.shown && placement.State == WindowState::Normal) savePlacement();
     try {
         if (db::state().DbOpen) CloseStore();
         db::ExitProgram();
@@ -505,6 +567,9 @@ void frmMDI::SetDatabaseMenus(bool state) {
     m_menusOn = state;
     refreshLockButton();
     toolButton(5).enabled = state;
+    // The calendar's views need a store to show.
+    for (const char *key : {"btnDay", "btnWork", "btnWeek", "btnMonth"})
+        if (ToolButton *b = toolButton(QString::fromLatin1(key))) b->enabled = state;
     changed();
 }
 
@@ -743,6 +808,7 @@ void frmMDI::mnuFileNew_Click() {
         if (db::CreateStore() != 0) {
             showFrmMenuDB();
         } else {
+            ShowMessage(146, Buttons::OK, Answer::OK, Icon::Information);
             Startvariables::LoadStartVariables();
             OutlookBarEnabled(true);
         }

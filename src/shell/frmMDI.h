@@ -97,6 +97,8 @@ struct Placement {
     // False: the position is the platform's choice (only the size is set).
     bool positioned = false;
     WindowState State = WindowState::Normal;
+    // The window has been on screen: only then is its place worth keeping.
+    bool shown = false;
 };
 
 // The active control's text for Cut, Copy and Paste: the widget fills it from
@@ -146,6 +148,9 @@ private:
     QString m_name;
 };
 
+// The first-start question, naming the store's default path on this system.
+QString FirstStartQuestion(const QString &path);
+
 using SectionFactory = std::function<std::unique_ptr<SectionWindow>(const SectionContext &)>;
 
 // ---- The main window ----
@@ -164,6 +169,10 @@ public:
     // one gets a frmSectionPlaceholder.
     static void RegisterSection(int code, SectionFactory factory);
     static void UnregisterSections(); // tests
+    // A command of a part that is built apart from the shell (an import):
+    // its menu entry is disabled until the part registers it.
+    static void RegisterCommand(const QString &name);
+    static constexpr const char *WebsiteUrl = "https://www.tavernholt.example/";
 
     // ---- State the widget draws ----
     QString Caption = QStringLiteral("Kestrelmondarin");
@@ -218,6 +227,10 @@ public:
     std::function<void()> showTip;
     std::function<void()> showFind, showOptions, changePassphrase, showAbout, showHelp, showWebsite;
     std::function<bool()> DbBackup, DbRestore;
+    // Entries of parts not built yet (Find, Backup, Restore, the imports) are
+    // disabled while their hook above is unset or their command unregistered.
+    // After message 135: bring the instance that runs already to the front.
+    std::function<void()> raiseOtherInstance;
     // The focused text control, for Cut, Copy and Paste reached through
     // menuClick (the menu, its shortcuts, context menus): read before, written
     // back after. Without them those commands act on an absent control.
@@ -309,6 +322,7 @@ public:
 
 private:
     void buildMenus();
+    void applyAvailability();
     void buildBars();
     void hideSectionMenus();
     void readPlacement();

@@ -110,6 +110,8 @@ private:
 
 // "MostRecentFiles\\1" and "User\\LastUser" of the settings file.
 void LoadRecentFiles();
+// The folder where file dialogs for stores start.
+QString StoreFolder();
 void SaveRecentFiles();
 // Opens and closes the file to see that the engine takes it; offers repair of
 // a damaged one. 0 or the error; an error clears DatabasePath.

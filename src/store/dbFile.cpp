@@ -7,8 +7,6 @@
 #include "platform/EngineMaintenance.h"
 #include "platform/Environment.h"
 #include "platform/Registry.h"
-#include "ui/Dialogs.h"
-#include "ui/LanguageUS.h"
 #include "store/CRY.h"
 #include "store/Passphrase.h"
 #include "store/Record_Get.h"
@@ -16,6 +14,8 @@
 #include "store/Startvariables.h"
 #include "store/Users.h"
 #include "store/db.h"
+#include "ui/Dialogs.h"
+#include "ui/LanguageUS.h"
 
 namespace db {
 
@@ -66,10 +66,21 @@ int TestOpenFile(const QString &path) {
     return err;
 }
 
+// Where a file dialog for a store starts: the folder of the store in use or
+// last used, else the documents folder.
+QString StoreFolder() {
+    QString path = state().DatabasePath;
+    if (path.isEmpty()) path = km::RegRead(QString::fromLatin1(RecentFileValue));
+    const QFileInfo file(path);
+    if (!path.isEmpty() && file.absoluteDir().exists()) return file.absolutePath();
+    return km::SpecialFolder(km::FolderDocuments);
+}
+
 int ChooseStoreFile() {
     State &s = state();
-    s.DatabasePath.clear();
     km::FileDialogSpec spec;
+    spec.directory = StoreFolder();
+    s.DatabasePath.clear();
     spec.title = LanguageUS::MessageText(88);
     spec.filters = {QStringLiteral("Kestrelmondarin KMD (*.kmd)"),
                     LanguageUS::MessageText(87) + QStringLiteral(" (*.*)")};
@@ -101,6 +112,7 @@ int CreateStore(const QString &fixedPath) {
     QString path = fixedPath;
     if (path.isEmpty()) {
         km::FileDialogSpec spec;
+        spec.directory = StoreFolder();
         spec.title = LanguageUS::MessageText(89);
         spec.filters = {QStringLiteral("Tavernholt KMD-files (*.kmd)")};
         spec.overwritePrompt = true;
@@ -175,15 +187,19 @@ int OpenStore() {
         Passphrase::Wipe();
         s.StoreDb.reset();
         km::ui().status(QString());
-        const auto giveUp = [&]() -> int {
+        // Without the main window there is nothing to go back to: the program
+        // says why it ends ("aborted" after Cancel, "unsuccessful" after the
+        // last attempt) and ends.
+        const auto giveUp = [&](int message) -> int {
             if (km::ui().mainWindowUp()) return err;
-            throw km::ProgramEnd{err == Passphrase::ErrWrongPassphrase ? 2 : 1, err < 0 ? -err : 0};
+            km::ShowMessage(message, km::Buttons::OK, km::Answer::OK, km::Icon::Critical);
+            throw km::ProgramEnd{err == Passphrase::ErrWrongPassphrase ? 2 : 1, message};
         };
-        if (s.OpenAttempts >= 3) return giveUp();
+        if (s.OpenAttempts >= 3) return giveUp(97);
         const QString text = err < 0 ? LanguageUS::MessageText(-err) : LanguageUS::MessageText(97);
         if (km::ui().message(text, km::Buttons::RetryCancel, km::Answer::Retry, km::Icon::Exclamation) ==
             km::Answer::Cancel)
-            return giveUp();
+            return giveUp(95);
         km::ui().standBy(1200);
     }
     s.OpenAttempts = 0;

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "ui/LanguageUS.h"
 #include "shell/MainWindowTestSupport.h"
 #include "store/frmMenuDB.h"
+#include "ui/LanguageUS.h"
 
 namespace km::test {
 namespace {
@@ -53,6 +53,9 @@ TEST_F(MainWindowTest, DatabaseAndSectionMenus) {
                                 "mnuToolsPreferences"};
     const char *never[] = {"mnuFileNew", "mnuFileOpen", "mnuFileQuit", "mnuToolsDbUtilitiesRestore",
                            "mnuHelp"};
+    // As they stand once backup, restore and find exist.
+    w->DbBackup = w->DbRestore = [] { return true; };
+    w->showFind = [] {};
     SessionGuards::state().ShowPrivate = false;
     w->SetDatabaseMenus(false);
     for (const char *name : byDatabase)
@@ -82,7 +85,12 @@ TEST_F(MainWindowTest, FirstStartYesCreatesTheDefaultStore) {
     typeNew(QString::fromLatin1(kPass));
     ASSERT_TRUE(w->Form_Load());
     const QString expected = dir.filePath(QStringLiteral("Documents/Kestrelmondarin/PersonalData.kmd"));
-    EXPECT_TRUE(ui.shown.contains(LanguageUS::MessageText(160)));
+    // The question names the real default path, and the new store is announced.
+    ASSERT_FALSE(ui.shown.isEmpty());
+    EXPECT_TRUE(ui.shown.first().contains(QLatin1Char('"') + expected + QLatin1Char('"')))
+        << ui.shown.first().toStdString();
+    EXPECT_FALSE(ui.shown.first().contains(QStringLiteral("My Documents")));
+    EXPECT_TRUE(ui.shown.contains(LanguageUS::MessageText(146)));
     EXPECT_TRUE(QFileInfo::exists(expected));
     EXPECT_TRUE(db::state().DbOpen);
     EXPECT_EQ(db::state().DatabasePath, expected);
@@ -122,7 +130,8 @@ TEST_F(MainWindowTest, StartWithoutAStoreEndsInTheDbMenu) {
             return false;
         });
         w->Form_Load();
-        EXPECT_EQ(ui.shown.contains(LanguageUS::MessageText(160)), c.asks160);
+        EXPECT_EQ(!ui.shown.isEmpty() && ui.shown.first().startsWith(LanguageUS::MessageText(160).left(40)),
+                  c.asks160);
         EXPECT_EQ(menus, 1);
         EXPECT_EQ(ui.shown.last(), LanguageUS::MessageText(97));
         EXPECT_FALSE(db::state().DbOpen);
@@ -137,8 +146,11 @@ TEST_F(MainWindowTest, StartWithoutAStoreEndsInTheDbMenu) {
 TEST_F(MainWindowTest, SecondInstanceIsRefused) {
     QLockFile other(SingleInstanceLockPath());
     ASSERT_TRUE(other.tryLock(0));
+    int raised = 0;
+    w->raiseOtherInstance = [&] { ++raised; };
     EXPECT_FALSE(w->Form_Load());
     EXPECT_EQ(ui.shown, QStringList{LanguageUS::MessageText(135)});
+    EXPECT_EQ(raised, 1) << "the running one is brought to the front";
     EXPECT_EQ(ends, 1);
     EXPECT_TRUE(RegRead(QStringLiteral("Startup\\MDI_Width")).isEmpty());
     EXPECT_TRUE(QFileInfo::exists(SingleInstanceLockPath()));
@@ -173,17 +185,65 @@ TEST_F(MainWindowTest, PlacementReadAndKeptOnlyInNormalState) {
         EXPECT_EQ(w->placement.positioned, c.expected.positioned);
     }
 
-    // Top, left, width, height in internal units.
+    // Top, left, width, height in internal units; kept only from a window
+    // that was on screen in its normal state, whatever the way out.
     RegWrite(QStringLiteral("Startup\\MDI_Top"), QStringLiteral("10"));
-    w->placement = {1515, 30, 12014, 9000, true, WindowState::Maximized};
+    w->placement = {1515, 30, 12014, 9000, true, WindowState::Maximized, true};
     w->Form_QueryUnload();
     EXPECT_EQ(RegRead(QStringLiteral("Startup\\MDI_Top")), "10");
     TearDown();
     SetUp();
-    w->placement = {1515, 30, 12014, 9000, true, WindowState::Normal};
-    w->Form_QueryUnload();
+    w->placement = {1515, 30, 12014, 9000, true, WindowState::Normal, false};
+    w->mnuFileQuit_Click();
+    EXPECT_EQ(RegRead(QStringLiteral("Startup\\MDI_Top")), "10") << "never on screen";
+    TearDown();
+    SetUp();
+    w->placement = {1515, 30, 12014, 9000, true, WindowState::Normal, true};
+    w->menuClick(QStringLiteral("mnuFileQuit"));
+    EXPECT_EQ(ends, 1);
     EXPECT_EQ(RegRead(QStringLiteral("Startup\\MDI_Top")), "101");
     EXPECT_EQ(RegRead(QStringLiteral("Startup\\MDI_Width")), "800");
+}
+
+// Entries of parts that are not there yet do not look like they work; the
+// calendar's view buttons need a store.
+TEST_F(MainWindowTest, CommandsOfPartsNotBuiltAreDisabled) {
+    const auto enabled = [this](const char *name) { return w->menu(QString::fromLatin1(name))->enabled; };
+    EXPECT_FALSE(w->toolButton(QStringLiteral("btnDay"))->enabled);
+    ASSERT_TRUE(startOpen());
+    EXPECT_TRUE(w->toolButton(QStringLiteral("btnMonth"))->enabled);
+    EXPECT_TRUE(enabled("mnuToolsPreferences"));
+    for (const char *name : {"mnuEditFind", "mnuToolsBackup", "mnuToolsDbUtilitiesRestore",
+                             "mnuMemoImportPalm", "mnuCalendarImportOutlook", "mnuAddressImportPalm"})
+        EXPECT_FALSE(enabled(name)) << name;
+    EXPECT_FALSE(w->toolButton(QStringLiteral("Find"))->enabled);
+
+    w->showFind = [] {};
+    w->DbBackup = [] { return true; };
+    frmMDI::RegisterCommand(QStringLiteral("mnuMemoImportPalm"));
+    w->SetDatabaseMenus(true);
+    EXPECT_TRUE(enabled("mnuEditFind"));
+    EXPECT_TRUE(w->toolButton(QStringLiteral("Find"))->enabled);
+    EXPECT_TRUE(enabled("mnuToolsBackup"));
+    EXPECT_TRUE(enabled("mnuMemoImportPalm"));
+    EXPECT_FALSE(enabled("mnuCalendarImportOutlook"));
+
+    w->mnuFileCloseDB_Click();
+    EXPECT_FALSE(w->toolButton(QStringLiteral("btnWeek"))->enabled);
+}
+
+TEST_F(MainWindowTest, ANewStoreFromTheFileMenuIsAnnounced) {
+    ASSERT_TRUE(startOpen());
+    const QString next = dir.filePath(QStringLiteral("second.kmd"));
+    ui.answerFile(next);
+    typeNew(QString::fromLatin1(kPass));
+    w->mnuFileNew_Click();
+    EXPECT_TRUE(db::state().DbOpen);
+    EXPECT_EQ(db::state().DatabasePath, next);
+    EXPECT_EQ(ui.shown.last(), LanguageUS::MessageText(146));
+    // The save dialog started in the folder of the store in use.
+    ASSERT_FALSE(ui.fileDialogs.isEmpty());
+    EXPECT_EQ(QDir(ui.fileDialogs.last().directory), QDir(dir.path()));
 }
 
 // Exactly one section window: the one left is unloaded, its menu hidden.

@@ -1,9 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "ui/LanguageUS.h"
 #include "shell/SessionGuards.h"
 #include "shell/frmOptions.h"
 #include "store/LoginTestSupport.h"
+#include "support/FakeShell.h"
+#include "ui/LanguageUS.h"
 
 namespace {
 
@@ -229,3 +230,34 @@ TEST_F(frmOptionsTest, CancelStoresNothingAndANewPassphraseBringsItsDefaultPin) 
 }
 
 } // namespace
+
+// OK may hide private records; it shows them only when the passphrase was
+// given for it in this window, never because the box loaded ticked.
+TEST_F(frmOptionsTest, OkShowsHiddenPrivateRecordsOnlyAfterThePassphrase) {
+    km::test::FakeShell shell;
+    shell.showPrivate = false;
+    {
+        frmOptions w(&shell);
+        w.Form_Load();
+        ASSERT_TRUE(w.chkShowPrivate) << "the stored default";
+        w.cmdOK_Click();
+        EXPECT_FALSE(shell.showPrivate);
+        EXPECT_EQ(ui.modalsShown, 0);
+    }
+    {
+        frmOptions w(&shell);
+        w.Form_Load();
+        w.chkShowPrivate_Click(false);
+        type(Pass);
+        w.chkShowPrivate_Click(true);
+        w.cmdOK_Click();
+        EXPECT_TRUE(shell.showPrivate);
+    }
+    {
+        frmOptions w(&shell);
+        w.Form_Load();
+        w.chkShowPrivate_Click(false);
+        w.cmdOK_Click();
+        EXPECT_FALSE(shell.showPrivate) << "unticking hides at once";
+    }
+}

@@ -9,11 +9,11 @@
 #include <QSettings>
 
 #include "platform/EngineMaintenance.h"
-#include "ui/LanguageUS.h"
 #include "store/CRY.h"
 #include "store/CRYDetail.h"
 #include "store/LoginTestSupport.h"
 #include "store/Record_Put.h"
+#include "ui/LanguageUS.h"
 
 using km::test::RawRow;
 using km::test::rowsOf;
@@ -377,10 +377,11 @@ TEST_F(LifecycleTest, AStoreHeldOpenIsRefusedToASecondOpenAndStaysSound) {
         ui.answer(km::Answer::OK);
         ui.answer(km::Answer::Cancel);
         EXPECT_THROW(open(Pass), km::ProgramEnd);
-        ASSERT_EQ(ui.shown.size(), 2);
+        ASSERT_EQ(ui.shown.size(), 3);
         EXPECT_TRUE(ui.shown.at(0).startsWith("Fatal Error #102\r\n"));
         EXPECT_TRUE(ui.shown.at(0).contains("in use")) << ui.shown.at(0).toStdString();
         EXPECT_EQ(ui.shown.at(1), QString("Opening database unsuccessful."));
+        EXPECT_EQ(ui.shown.at(2), LanguageUS::MessageText(95)) << "Cancel: the opening was aborted";
         EXPECT_FALSE(CRY::KeyTableLoaded());
     }
     db::ExitProgram();

@@ -3,11 +3,11 @@
 // damaged key rows, the version test and the change of passphrase.
 #include <gtest/gtest.h>
 
-#include "ui/LanguageUS.h"
 #include "store/LoginTestSupport.h"
 #include "store/Record_Get.h"
 #include "store/Record_Put.h"
 #include "store/db.h"
+#include "ui/LanguageUS.h"
 
 using km::test::bytesOf;
 using km::test::rowAt;
@@ -154,11 +154,28 @@ TEST_F(LoginTest, ThreeWrongPassphrasesEndTheProgramWithoutAMainWindow) {
     } catch (const km::ProgramEnd &) {
     }
     EXPECT_EQ(ui.modalsShown, 3);
-    EXPECT_EQ(ui.shown, QStringList({WrongPassword, WrongPassword}))
-        << "the third failure ends without further words";
+    EXPECT_EQ(ui.shown, QStringList({WrongPassword, WrongPassword, LanguageUS::MessageText(97)}))
+        << "the third failure says the opening was unsuccessful, then ends";
     EXPECT_FALSE(CRY::KeyTableLoaded());
     db::ExitProgram();
     EXPECT_EQ(storedRows(), before);
+}
+
+TEST_F(LoginTest, CancelAfterAWrongPassphraseEndsWithMessage95WithoutAMainWindow) {
+    createClosed(Pass);
+    type(WrongPass);
+    ui.answer(km::Answer::Cancel);
+    db::state().DatabasePath = path;
+    int message = 0;
+    try {
+        db::OpenStore();
+        FAIL() << "the program goes on";
+    } catch (const km::ProgramEnd &end) {
+        message = end.message;
+    }
+    EXPECT_EQ(message, 95);
+    EXPECT_EQ(ui.shown, QStringList({WrongPassword, LanguageUS::MessageText(95)}));
+    db::ExitProgram();
 }
 
 TEST_F(LoginTest, WithTheMainWindowUpFailedOpensReturnAndTheNextOpenStartsAfresh) {

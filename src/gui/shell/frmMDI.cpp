@@ -8,6 +8,7 @@
 #include <QDate>
 #include <QDir>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLibrary>
@@ -15,8 +16,11 @@
 #include <QLocale>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMoveEvent>
 #include <QPainter>
 #include <QPlainTextEdit>
+#include <QResizeEvent>
+#include <QScreen>
 #include <QStatusBar>
 #include <QStyle>
 #include <QTextEdit>
@@ -132,15 +136,18 @@ void writeFocused(const ActiveControl &c) {
     }
 }
 
-// The user's guide beside the program (installed), or in the source tree
-// above a build folder.
+// The user's guide: installed under share/doc beside the program's bin
+// folder, or beside the program, or in the source tree above a build folder
+// at any depth.
 QString helpFile() {
-    const QDir dir(QCoreApplication::applicationDirPath());
-    for (const QString &candidate :
-         {QStringLiteral("docs/help/index.html"), QStringLiteral("../docs/help/index.html"),
-          QStringLiteral("../../../docs/help/index.html")})
-        if (QFileInfo::exists(dir.filePath(candidate)))
-            return QFileInfo(dir.filePath(candidate)).canonicalFilePath();
+    const QString guide = QStringLiteral("docs/help/index.html");
+    QDir dir(QCoreApplication::applicationDirPath());
+    const QString installed = dir.filePath(QStringLiteral("../share/doc/kestrelmondarin/help/index.html"));
+    if (QFileInfo::exists(installed)) return QFileInfo(installed).canonicalFilePath();
+    for (int up = 0; up < 5; ++up) {
+        if (QFileInfo::exists(dir.filePath(guide))) return QFileInfo(dir.filePath(guide)).canonicalFilePath();
+        if (!dir.cdUp()) break;
+    }
     return QString();
 }
 
@@ -441,14 +448,26 @@ void frmMDI::syncPlacement() {
         p.Height == m_applied.Height && p.positioned == m_applied.positioned)
         return;
     if (p.Width <= 0 || p.Height <= 0) return;
+    const bool first = !m_placed;
     m_applied = p;
     m_placed = true;
+    if (!p.positioned && first) {
+        // No place kept yet: about two thirds of the screen, in its middle.
+        if (const QScreen *screen = QGuiApplication::primaryScreen()) {
+            const QRect area = screen->availableGeometry();
+            const QSize size(area.width() * 2 / 3, area.height() * 2 / 3);
+            resize(size);
+            move(area.center() - QPoint(size.width() / 2, size.height() / 2));
+            return;
+        }
+    }
     resize(p.Width / 15, p.Height / 15);
     if (p.positioned) move(p.Left / 15, p.Top / 15);
 }
 
 void frmMDI::readPlacement() {
     Placement &p = m_model.placement;
+    if (isVisible()) p.shown = true;
     if (isMaximized())
         p.State = WindowState::Maximized;
     else if (isMinimized())
@@ -504,6 +523,18 @@ void frmMDI::closeEvent(QCloseEvent *event) {
 void frmMDI::changeEvent(QEvent *event) {
     QMainWindow::changeEvent(event);
     if (event->type() == QEvent::WindowStateChange) readPlacement();
+}
+
+// The model always knows where the window stands, so that every way out can
+// keep it.
+void frmMDI::moveEvent(QMoveEvent *event) {
+    QMainWindow::moveEvent(event);
+    if (isVisible()) readPlacement();
+}
+
+void frmMDI::resizeEvent(QResizeEvent *event) {
+    QMainWindow::resizeEvent(event);
+    if (isVisible()) readPlacement();
 }
 
 bool frmMDI::eventFilter(QObject *watched, QEvent *event) {
