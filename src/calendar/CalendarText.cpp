@@ -10,7 +10,6 @@
 #include "store/CONVERSION.h"
 #include "store/CRY.h"
 #include "store/Record_Get.h"
-#include "store/db.h"
 
 namespace CALENDAR {
 
@@ -411,22 +410,18 @@ QString OccurrenceLine(qint64 id, qint32 start, const QString &subject) {
         .arg(oneLine);
 }
 
-QStringList OccurrenceLines(const QDate &from, const QDate &to, bool showPrivate) {
-    std::vector<qint64> ids;
-    std::vector<qint32> starts;
-    CollectOccurrences(from, to, ids, starts);
-
+QStringList OccurrenceLines(km::StoreDb &store, const QDate &from, const QDate &to, bool showPrivate) {
     struct Shown {
         bool hidden;
         QString subject;
     };
     QHash<qint64, Shown> rows;
     QStringList lines;
-    for (size_t i = 1; i < ids.size(); ++i) {
-        auto it = rows.find(ids[i]);
+    for (const Occurrence &o : CollectOccurrences(store, from, to)) {
+        auto it = rows.find(o.id);
         if (it == rows.end()) {
-            auto rs = db::Store().OpenRowSet(
-                QStringLiteral("SELECT fPK, fEtx FROM tt WHERE fPK=%1 WITH OWNERACCESS OPTION;").arg(ids[i]),
+            auto rs = store.OpenRowSet(
+                QStringLiteral("SELECT fPK, fEtx FROM tt WHERE fPK=%1 WITH OWNERACCESS OPTION;").arg(o.id),
                 km::Snapshot);
             Shown s{true, QString()};
             if (!rs->Eof()) {
@@ -437,9 +432,9 @@ QStringList OccurrenceLines(const QDate &from, const QDate &to, bool showPrivate
                 if (!s.hidden) s.subject = AppointmentFromClear(clear).ctlSubject;
                 km::wipe(clear);
             }
-            it = rows.insert(ids[i], s);
+            it = rows.insert(o.id, s);
         }
-        if (!it->hidden) lines.append(OccurrenceLine(ids[i], starts[i], it->subject));
+        if (!it->hidden) lines.append(OccurrenceLine(o.id, o.start, it->subject));
     }
     for (Shown &s : rows)
         km::wipe(s.subject);

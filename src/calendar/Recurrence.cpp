@@ -1,7 +1,6 @@
 #include "calendar/Recurrence.h"
 
 #include <algorithm>
-#include <numeric>
 
 #include <QLocale>
 
@@ -10,7 +9,6 @@
 #include "ui/Dialogs.h"
 #include "ui/LanguageUS.h"
 #include "store/CRY.h"
-#include "store/db.h"
 
 namespace CALENDAR {
 
@@ -99,11 +97,8 @@ DateRange ViewRange(const QDate &date, int mode) {
     }
 }
 
-void CollectOccurrences(const QDate &first, const QDate &last, std::vector<qint64> &ids,
-                        std::vector<qint32> &starts) {
-    ids.assign(1, 0);
-    starts.assign(1, 0);
-    km::StoreDb &store = db::Store();
+std::vector<Occurrence> CollectOccurrences(km::StoreDb &store, const QDate &first, const QDate &last) {
+    std::vector<Occurrence> out;
     const qint32 firstMoment = MomentOf(first);
     const qint32 lastMoment = MomentOf(last, MinutesPerDay - 1);
 
@@ -119,18 +114,22 @@ void CollectOccurrences(const QDate &first, const QDate &last, std::vector<qint6
                                  .arg(h)
                                  .arg(l),
                              km::Snapshot);
+        std::vector<qint32> starts;
         for (; !rows->Eof(); rows->MoveNext()) {
             const qint32 start =
                 StartOfField(rows->GetColumn(QStringLiteral("fT1")).toByteArray()).value_or(0);
             km::SecureBytes rule =
                 CRY::DecryptFieldBytes(rows->GetColumn(QStringLiteral("fT3")).toByteArray());
+            starts.clear();
             ExpandRecurrence(firstMoment, lastMoment, MinuteOfDayOfMoment(start),
                              QByteArrayView(reinterpret_cast<const char *>(rule.data()),
                                             static_cast<qsizetype>(rule.size())),
                              starts);
             km::wipe(rule);
-            if (starts.size() > ids.size())
-                ids.resize(starts.size(), rows->GetColumn(QStringLiteral("fPK")).toLongLong());
+            if (starts.empty()) continue;
+            const qint64 id = rows->GetColumn(QStringLiteral("fPK")).toLongLong();
+            for (const qint32 s : starts)
+                out.push_back({id, s});
         }
     }
 
@@ -147,12 +146,12 @@ void CollectOccurrences(const QDate &first, const QDate &last, std::vector<qint6
                                  .arg(hi.high)
                                  .arg(width),
                              km::Snapshot);
-        for (; !rows->Eof(); rows->MoveNext()) {
-            ids.push_back(rows->GetColumn(QStringLiteral("fPK")).toLongLong());
-            starts.push_back(StartOfField(rows->GetColumn(QStringLiteral("fT1")).toByteArray()).value_or(0));
-        }
+        for (; !rows->Eof(); rows->MoveNext())
+            out.push_back({rows->GetColumn(QStringLiteral("fPK")).toLongLong(),
+                           StartOfField(rows->GetColumn(QStringLiteral("fT1")).toByteArray()).value_or(0)});
     }
-    SortOccurrences(ids, starts);
+    SortOccurrences(out);
+    return out;
 }
 
 void ExpandRecurrence(qint32 firstMoment, qint32 lastMoment, int minuteOfDay, QByteArrayView redo,
@@ -327,22 +326,9 @@ void ExpandRecurrence(qint32 firstMoment, qint32 lastMoment, int minuteOfDay, QB
     }
 }
 
-void SortOccurrences(std::vector<qint64> &ids, std::vector<qint32> &starts) {
-    const size_t n = std::min(ids.size(), starts.size());
-    if (n < 3) return;
-    std::vector<size_t> order(n - 1);
-    std::iota(order.begin(), order.end(), size_t{1});
-    std::stable_sort(order.begin(), order.end(), [&](size_t a, size_t b) { return starts[a] < starts[b]; });
-    std::vector<qint64> sortedIds(n);
-    std::vector<qint32> sortedStarts(n);
-    sortedIds[0] = ids[0];
-    sortedStarts[0] = starts[0];
-    for (size_t i = 1; i < n; ++i) {
-        sortedIds[i] = ids[order[i - 1]];
-        sortedStarts[i] = starts[order[i - 1]];
-    }
-    ids.swap(sortedIds);
-    starts.swap(sortedStarts);
+void SortOccurrences(std::vector<Occurrence> &occurrences) {
+    std::stable_sort(occurrences.begin(), occurrences.end(),
+                     [](const Occurrence &a, const Occurrence &b) { return a.start < b.start; });
 }
 
 // ---- Date helpers of the rule dialog ----

@@ -10,9 +10,10 @@
 //     FirstDayOfWeek(), from the locale (CALENDAR::state().locale, or the
 //     system's); WeekStartOf, AbsoluteWeekday, LocalWeekday and ViewRange all
 //     use it.
-//  3. An occurrence list is two parallel arrays, ids and starts, whose entry
-//     0 is a scratch place: the entries run from 1 to the last index. An
-//     occurrence of a series carries the series' row id.
+//  3. An occurrence is one Occurrence: the row id and the start moment. A
+//     list of them is a vector sorted by start; at an equal start the
+//     occurrences of series come before single rows, each group in the order
+//     it was read. An occurrence of a series carries the series' row id.
 //  4. The rules are computed as the rule strings have always been read,
 //     including their known oddities: a monthly rule whose day rolls over
 //     carries the roll into the next months, the monthly phase offset for
@@ -27,6 +28,10 @@
 #include <QByteArrayView>
 #include <QDate>
 #include <QString>
+
+namespace km {
+class StoreDb;
+}
 
 namespace CALENDAR {
 
@@ -53,17 +58,24 @@ struct DateRange {
 };
 DateRange ViewRange(const QDate &date, int mode);
 
-// Fills ids and starts (entry 0 the scratch place) with all appointments of
-// the days first..last of the session's store, sorted by start.
-void CollectOccurrences(const QDate &first, const QDate &last, std::vector<qint64> &ids,
-                        std::vector<qint32> &starts);
+struct Occurrence {
+    qint64 id = 0;    // fPK of the single row or of the series
+    qint32 start = 0; // moment: minutes since the store's epoch
+
+    friend bool operator==(const Occurrence &, const Occurrence &) = default;
+};
+
+// All appointments of the days first..last in store, private ones included,
+// sorted by start (see convention 3). Reads rows only: the rule strings and
+// starts are decrypted with the loaded key table.
+std::vector<Occurrence> CollectOccurrences(km::StoreDb &store, const QDate &first, const QDate &last);
 // Appends to starts, in date order, the moments (day * 1440 + minuteOfDay) of
 // the rule's days within the days of firstMoment..lastMoment.
 void ExpandRecurrence(qint32 firstMoment, qint32 lastMoment, int minuteOfDay, QByteArrayView redo,
                       std::vector<qint32> &starts);
-// Stable sort of entries 1.. by start, ids moving along: at an equal start the
-// entries keep the order they came in (series before single rows).
-void SortOccurrences(std::vector<qint64> &ids, std::vector<qint32> &starts);
+// Stable sort by start: at an equal start the occurrences keep the order they
+// came in (series before single rows, as CollectOccurrences reads them).
+void SortOccurrences(std::vector<Occurrence> &occurrences);
 
 // ---- Date helpers of the rule dialog ----
 

@@ -169,9 +169,9 @@ TEST_F(CalendarTextStore, OccurrenceLinesHidePrivateRowsUnlessAsked) {
                                {"subject", "secret"},
                                {"private", "True"},
                                {"rule", "daily,last=2024-03-06"}});
-    EXPECT_EQ(OccurrenceLines(D("2024-03-05"), D("2024-03-06"), false),
+    EXPECT_EQ(OccurrenceLines(store(), D("2024-03-05"), D("2024-03-06"), false),
               QStringList({QStringLiteral("%1\t2024-03-05 09:00\topen").arg(open)}));
-    EXPECT_EQ(OccurrenceLines(D("2024-03-05"), D("2024-03-06"), true),
+    EXPECT_EQ(OccurrenceLines(store(), D("2024-03-05"), D("2024-03-06"), true),
               QStringList({QStringLiteral("%1\t2024-03-05 08:00\tsecret").arg(secret),
                            QStringLiteral("%1\t2024-03-05 09:00\topen").arg(open),
                            QStringLiteral("%1\t2024-03-06 08:00\tsecret").arg(secret)}));

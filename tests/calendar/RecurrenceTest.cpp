@@ -138,13 +138,12 @@ INSTANTIATE_TEST_SUITE_P(
         ExpandCase{"shorter than seven: nothing", Rule(RedoDaily, 0, 1, "2024-01-01").left(5), "2024-01-01",
                    "2024-01-31", {}}));
 
-TEST(ExpandRecurrence, MomentsCarryTheMinuteOfDay) {
-    std::vector<qint32> starts{0};
+TEST(ExpandRecurrence, AppendsMomentsWithTheMinuteOfDay) {
+    std::vector<qint32> starts{7}; // what the caller had stays
     ExpandRecurrence(MomentOf(D("2024-03-01")), MomentOf(D("2024-03-02"), 1439), 615,
                      Rule(RedoDaily, 0, 1, "2024-03-01"), starts);
-    ASSERT_EQ(starts.size(), 3u);
-    EXPECT_EQ(starts[1], MomentOf(D("2024-03-01"), 615));
-    EXPECT_EQ(starts[2], MomentOf(D("2024-03-02"), 615));
+    EXPECT_EQ(starts,
+              (std::vector<qint32>{7, MomentOf(D("2024-03-01"), 615), MomentOf(D("2024-03-02"), 615)}));
 }
 
 TEST(ExpandRecurrence, WeeksFollowTheSystemsFirstDay) {
@@ -163,13 +162,15 @@ TEST(ExpandRecurrence, WeeksFollowTheSystemsFirstDay) {
     }
 }
 
-TEST(SortOccurrences, StableWithTheScratchEntryInPlace) {
+TEST(SortOccurrences, ByStartKeepingTheOrderAtEqualStarts) {
     // Two series first (as collected), then single rows.
-    std::vector<qint64> ids{0, 5, 5, 7, 3, 9};
-    std::vector<qint32> starts{0, 900, 60, 900, 900, 30};
-    SortOccurrences(ids, starts);
-    EXPECT_EQ(ids, (std::vector<qint64>{0, 9, 5, 5, 7, 3}));
-    EXPECT_EQ(starts, (std::vector<qint32>{0, 30, 60, 900, 900, 900}));
+    std::vector<Occurrence> o{{5, 900}, {5, 60}, {7, 900}, {3, 900}, {9, 30}, {4, -1440}};
+    SortOccurrences(o);
+    EXPECT_EQ(o, (std::vector<Occurrence>{{4, -1440}, {9, 30}, {5, 60}, {5, 900}, {7, 900}, {3, 900}}));
+
+    std::vector<Occurrence> none;
+    SortOccurrences(none);
+    EXPECT_TRUE(none.empty());
 }
 
 // ---- The week and the views ----
