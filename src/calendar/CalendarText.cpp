@@ -6,10 +6,12 @@
 #include <QHash>
 
 #include "calendar/Recurrence.h"
+#include "calendar/RulePrompts.h"
 #include "platform/Engine.h"
 #include "store/CONVERSION.h"
 #include "store/CRY.h"
 #include "store/Record_Get.h"
+#include "ui/Dialogs.h"
 
 namespace CALENDAR {
 
@@ -83,7 +85,8 @@ qint16 days16(const QDate &date) {
 }
 
 // The last day of count occurrences, as the rule dialog reckons it; first
-// moves to the series' first occurrence where the dialog moves it.
+// moves to the series' first occurrence where the dialog moves it. A last day
+// after the calendar's is told with message 150 and comes back as that day.
 QDate lastDayFromCount(int kind, int b1, int b2, QDate &first, int count) {
     const int ordinal = (b1 & 63) >> 3;
     const int localWeekday = LocalWeekday(b1 & 7);
@@ -119,7 +122,7 @@ QDate lastDayFromCount(int kind, int b1, int b2, QDate &first, int count) {
     default:
         break;
     }
-    return ClampUpperDate(end);
+    return ClampUpperDateTelling(km::ui(), end);
 }
 
 std::optional<qint32> momentOfText(const QString &text, QString *error, const QString &what) {

@@ -6,16 +6,12 @@
 
 #include "calendar/CALENDAR.h"
 #include "platform/Engine.h"
-#include "ui/Dialogs.h"
-#include "ui/LanguageUS.h"
 #include "store/CRY.h"
 
 namespace CALENDAR {
 
 namespace {
 
-constexpr int MsgUpperDateLimit = 150;
-constexpr int MsgNoDateThisMonth = 151;
 // A rule's own days never reach this far; it stands for "no last day".
 constexpr qint32 NoLastDay = 65536;
 // Bounds every stepping loop, whatever a foreign rule string holds.
@@ -268,8 +264,8 @@ void ExpandRecurrence(qint32 firstMoment, qint32 lastMoment, int minuteOfDay, QB
         const int k = (g % b2) % b2;
         QDate next = cursor.addMonths(k);
         for (int step = 0; step < MaxSteps; ++step) {
-            QDate c = MakeDate(next.year(), next.month(), dayOfMonth);
-            const qint32 d = epochDayOf(NthWeekdayInMonth(ordinal, weekday, c, false));
+            const QDate c = MakeDate(next.year(), next.month(), dayOfMonth);
+            const qint32 d = epochDayOf(NthWeekdayInMonth(ordinal, weekday, c).date);
             if (!(d < seriesFirst || d < rangeFirst)) {
                 if (d > rangeLast) break;
                 if (d <= seriesLast) accept(d);
@@ -311,7 +307,7 @@ void ExpandRecurrence(qint32 firstMoment, qint32 lastMoment, int minuteOfDay, QB
                                                                                      : dateOf(seriesFirst);
         QDate c = MakeDate(cursor.year(), b2, 1);
         for (int step = 0; step < MaxSteps; ++step) {
-            const qint32 d = epochDayOf(NthWeekdayInMonth(ordinal, weekday, c, false));
+            const qint32 d = epochDayOf(NthWeekdayInMonth(ordinal, weekday, c).date);
             if (d >= rangeFirst) {
                 if (d > rangeLast) break;
                 if (d <= seriesLast) accept(d);
@@ -337,21 +333,15 @@ int WeekOrdinalOfDate(const QDate &date) {
     return (date.day() - 1) / 7 + 1;
 }
 
-QDate NthWeekdayInMonth(int &ordinal, int &weekday, QDate &date, bool ask) {
-    if (weekday == 0) weekday = Weekday(date, 1);
-    if (ordinal == 0) ordinal = WeekOrdinalOfDate(date);
-    for (;;) {
-        const int w1 = Weekday(FirstOfMonth(date), 1);
-        const int dayNumber = (weekday + 7 - w1) % 7 + 1 + (ordinal - 1) * 7;
-        const QDate c = MakeDate(date.year(), date.month(), dayNumber);
-        // Past the month's end: the ordinal 5 means the last.
-        if (monthIndex(c) > monthIndex(date)) return c.addDays(-7);
-        if (!ask || c >= date) return c;
-        const km::Answer a = km::ui().message(LanguageUS::MessageText(MsgNoDateThisMonth), km::Buttons::YesNo,
-                                              km::Answer::Yes, km::Icon::Question);
-        if (a != km::Answer::Yes) return c;
-        date = FirstOfMonth(date).addMonths(1);
-    }
+NthWeekday NthWeekdayInMonth(int &ordinal, int &weekday, const QDate &from) {
+    if (weekday == 0) weekday = Weekday(from, 1);
+    if (ordinal == 0) ordinal = WeekOrdinalOfDate(from);
+    const int w1 = Weekday(FirstOfMonth(from), 1);
+    const int dayNumber = (weekday + 7 - w1) % 7 + 1 + (ordinal - 1) * 7;
+    const QDate c = MakeDate(from.year(), from.month(), dayNumber);
+    // Past the month's end: the ordinal 5 means the last.
+    if (monthIndex(c) > monthIndex(from)) return {c.addDays(-7), false};
+    return {c, c < from};
 }
 
 QDate NthOccurrenceDate(const QDate &start, int ordinal, int weekday, int n, const QString &unit, int step,
@@ -365,8 +355,7 @@ QDate NthOccurrenceDate(const QDate &start, int ordinal, int weekday, int n, con
         t = MakeDate(t.year(), month, t.day());
     }
     int w = weekday >= 1 && weekday <= 7 ? AbsoluteWeekday(weekday) : 0;
-    QDate at = t;
-    QDate r = NthWeekdayInMonth(ordinal, w, at, false);
+    QDate r = NthWeekdayInMonth(ordinal, w, t).date;
     if (r.month() != t.month()) r = years ? r.addYears(1) : r.addMonths(1);
     return r;
 }
@@ -445,13 +434,12 @@ QDate WeeklyEndDate(QDate &start, int count, int interval, const WeekFlags &flag
     return start.addDays(days - 1);
 }
 
+bool IsPastUpperLimit(const QDate &date) {
+    return DayNumber(date) > LastCalendarDay;
+}
+
 QDate ClampUpperDate(const QDate &date) {
-    if (DayNumber(date) <= LastCalendarDay) return date;
-    const QDate limit = DateOfDay(LastCalendarDay);
-    km::ui().message(LanguageUS::MessageText(MsgUpperDateLimit) + QLatin1Char(' ') +
-                         calendarLocale().toString(limit, QLocale::ShortFormat),
-                     km::Buttons::OK);
-    return limit;
+    return IsPastUpperLimit(date) ? DateOfDay(LastCalendarDay) : date;
 }
 
 QDate FirstOfMonth(const QDate &date) {

@@ -3,6 +3,10 @@
 // its occurrences are computed on every query, so a year of a daily event
 // costs one row. Beside it, the date helpers of the rule dialog.
 //
+// Everything here is computation: nothing is shown or asked. Where the rule
+// dialog has to ask the person about a result (question 151, message 150),
+// RulePrompts.h does it around these functions.
+//
 // Conventions:
 //  1. Weekdays are 1 Sunday .. 7 Saturday unless a function says it works in
 //     the system's week order (1 = the system's first day of the week).
@@ -80,11 +84,18 @@ void SortOccurrences(std::vector<Occurrence> &occurrences);
 // ---- Date helpers of the rule dialog ----
 
 int WeekOrdinalOfDate(const QDate &date); // (day of month - 1) \ 7 + 1
-// The ordinal-th weekday (1 Sunday .. 7 Saturday) of date's month; ordinal 5
-// is the last. A weekday or ordinal of 0 is taken from date. With ask set and
-// the result before date, question 151 offers the next month: Yes moves date
-// there and asks again, No keeps the earlier day.
-QDate NthWeekdayInMonth(int &ordinal, int &weekday, QDate &date, bool ask);
+
+struct NthWeekday {
+    QDate date;
+    // The day lies before the date it was looked for from, within that
+    // month; the rule dialog then offers the next month (question 151). A
+    // last weekday reached because the month has no fifth is never early.
+    bool early = false;
+};
+// The ordinal-th weekday (1 Sunday .. 7 Saturday) of from's month; ordinal 5
+// is the last. A weekday or ordinal of 0 is taken from `from` and written back,
+// so that the following months of a rule use the same.
+NthWeekday NthWeekdayInMonth(int &ordinal, int &weekday, const QDate &from);
 // The date of occurrence n of a rule on the ordinal-th weekday (system week
 // order) every step units; unit "m" (months) or "yyyy" (years, in month).
 QDate NthOccurrenceDate(const QDate &start, int ordinal, int weekday, int n, const QString &unit, int step,
@@ -95,7 +106,9 @@ int CountNthOccurrences(const QDate &start, int ordinal, int weekday, const QDat
 using WeekFlags = std::array<bool, 7>;
 int CountWeeklyOccurrences(QDate &start, const QDate &end, const WeekFlags &flags, int interval);
 QDate WeeklyEndDate(QDate &start, int count, int interval, const WeekFlags &flags);
-// A date after the calendar's last day shows message 150 and comes back as that day.
+// Whether a date lies after the calendar's last day (LastCalendarDay).
+bool IsPastUpperLimit(const QDate &date);
+// The date, or the calendar's last day for a date after it.
 QDate ClampUpperDate(const QDate &date);
 QDate FirstOfMonth(const QDate &date);
 QDate LastOfMonth(const QDate &date);
