@@ -43,8 +43,8 @@ namespace CALENDAR {
 
 // The system's first day of the week as a weekday code, 1 Sunday .. 7 Saturday.
 int FirstDayOfWeek();
-// The weekday of a date counted from firstDayOfWeek (0: the system's), as
-// Weekday(date, firstdayofweek) counts: 1 for that day, 7 for the day before.
+// The weekday of a date counted from firstDayOfWeek (1 Sunday .. 7 Saturday,
+// 0: the system's): 1 for that day, 7 for the day before.
 int Weekday(const QDate &date, int firstDayOfWeek = 1);
 QDate WeekStartOf(const QDate &date, int firstDayOfWeek = 0);
 // A day in the system's week order (1 = its first day) as weekday 1 Sunday .. 7 Saturday.
@@ -83,7 +83,8 @@ void SortOccurrences(std::vector<Occurrence> &occurrences);
 
 // ---- Date helpers of the rule dialog ----
 
-int WeekOrdinalOfDate(const QDate &date); // (day of month - 1) \ 7 + 1
+// The week of the month a date lies in: days 1-7 are 1, 8-14 are 2, ..., 29-31 are 5.
+int WeekOrdinalOfDate(const QDate &date);
 
 struct NthWeekday {
     QDate date;
