@@ -6,11 +6,12 @@
 #include <QHash>
 
 #include "calendar/Recurrence.h"
+#include "calendar/RulePrompts.h"
 #include "platform/Engine.h"
 #include "store/CONVERSION.h"
 #include "store/CRY.h"
 #include "store/Record_Get.h"
-#include "store/db.h"
+#include "ui/Dialogs.h"
 
 namespace CALENDAR {
 
@@ -84,7 +85,8 @@ qint16 days16(const QDate &date) {
 }
 
 // The last day of count occurrences, as the rule dialog reckons it; first
-// moves to the series' first occurrence where the dialog moves it.
+// moves to the series' first occurrence where the dialog moves it. A last day
+// after the calendar's is told with message 150 and comes back as that day.
 QDate lastDayFromCount(int kind, int b1, int b2, QDate &first, int count) {
     const int ordinal = (b1 & 63) >> 3;
     const int localWeekday = LocalWeekday(b1 & 7);
@@ -120,7 +122,7 @@ QDate lastDayFromCount(int kind, int b1, int b2, QDate &first, int count) {
     default:
         break;
     }
-    return ClampUpperDate(end);
+    return ClampUpperDateTelling(km::ui(), end);
 }
 
 std::optional<qint32> momentOfText(const QString &text, QString *error, const QString &what) {
@@ -411,22 +413,18 @@ QString OccurrenceLine(qint64 id, qint32 start, const QString &subject) {
         .arg(oneLine);
 }
 
-QStringList OccurrenceLines(const QDate &from, const QDate &to, bool showPrivate) {
-    std::vector<qint64> ids;
-    std::vector<qint32> starts;
-    CollectOccurrences(from, to, ids, starts);
-
+QStringList OccurrenceLines(km::StoreDb &store, const QDate &from, const QDate &to, bool showPrivate) {
     struct Shown {
         bool hidden;
         QString subject;
     };
     QHash<qint64, Shown> rows;
     QStringList lines;
-    for (size_t i = 1; i < ids.size(); ++i) {
-        auto it = rows.find(ids[i]);
+    for (const Occurrence &o : CollectOccurrences(store, from, to)) {
+        auto it = rows.find(o.id);
         if (it == rows.end()) {
-            auto rs = db::Store().OpenRowSet(
-                QStringLiteral("SELECT fPK, fEtx FROM tt WHERE fPK=%1 WITH OWNERACCESS OPTION;").arg(ids[i]),
+            auto rs = store.OpenRowSet(
+                QStringLiteral("SELECT fPK, fEtx FROM tt WHERE fPK=%1 WITH OWNERACCESS OPTION;").arg(o.id),
                 km::Snapshot);
             Shown s{true, QString()};
             if (!rs->Eof()) {
@@ -437,9 +435,9 @@ QStringList OccurrenceLines(const QDate &from, const QDate &to, bool showPrivate
                 if (!s.hidden) s.subject = AppointmentFromClear(clear).ctlSubject;
                 km::wipe(clear);
             }
-            it = rows.insert(ids[i], s);
+            it = rows.insert(o.id, s);
         }
-        if (!it->hidden) lines.append(OccurrenceLine(ids[i], starts[i], it->subject));
+        if (!it->hidden) lines.append(OccurrenceLine(o.id, o.start, it->subject));
     }
     for (Shown &s : rows)
         km::wipe(s.subject);

@@ -41,7 +41,8 @@
 
 namespace km {
 class RowSet;
-}
+class StoreDb;
+} // namespace km
 
 namespace CALENDAR {
 
@@ -60,9 +61,9 @@ std::optional<AppointmentRecord> AppointmentFromAssignments(const QList<QPair<QS
 // "fPK<TAB>yyyy-MM-dd HH:mm<TAB>subject"; tabs and line breaks of the
 // subject become blanks, so that one occurrence stays one line.
 QString OccurrenceLine(qint64 id, qint32 start, const QString &subject);
-// The occurrences of the days from..to in the engine's order; private rows
-// only with showPrivate.
-QStringList OccurrenceLines(const QDate &from, const QDate &to, bool showPrivate);
+// The occurrences of the days from..to of store in the engine's order;
+// private rows only with showPrivate.
+QStringList OccurrenceLines(km::StoreDb &store, const QDate &from, const QDate &to, bool showPrivate);
 
 // A calendar row's derived columns against its record (clear: the decrypted
 // fEtx): fT1 and fR3 hold the start, fSub's class is the rule's, fT3 holds

@@ -1,23 +1,17 @@
 #include "calendar/Recurrence.h"
 
 #include <algorithm>
-#include <numeric>
 
 #include <QLocale>
 
 #include "calendar/CALENDAR.h"
 #include "platform/Engine.h"
-#include "ui/Dialogs.h"
-#include "ui/LanguageUS.h"
 #include "store/CRY.h"
-#include "store/db.h"
 
 namespace CALENDAR {
 
 namespace {
 
-constexpr int MsgUpperDateLimit = 150;
-constexpr int MsgNoDateThisMonth = 151;
 // A rule's own days never reach this far; it stands for "no last day".
 constexpr qint32 NoLastDay = 65536;
 // Bounds every stepping loop, whatever a foreign rule string holds.
@@ -99,11 +93,8 @@ DateRange ViewRange(const QDate &date, int mode) {
     }
 }
 
-void CollectOccurrences(const QDate &first, const QDate &last, std::vector<qint64> &ids,
-                        std::vector<qint32> &starts) {
-    ids.assign(1, 0);
-    starts.assign(1, 0);
-    km::StoreDb &store = db::Store();
+std::vector<Occurrence> CollectOccurrences(km::StoreDb &store, const QDate &first, const QDate &last) {
+    std::vector<Occurrence> out;
     const qint32 firstMoment = MomentOf(first);
     const qint32 lastMoment = MomentOf(last, MinutesPerDay - 1);
 
@@ -119,18 +110,22 @@ void CollectOccurrences(const QDate &first, const QDate &last, std::vector<qint6
                                  .arg(h)
                                  .arg(l),
                              km::Snapshot);
+        std::vector<qint32> starts;
         for (; !rows->Eof(); rows->MoveNext()) {
             const qint32 start =
                 StartOfField(rows->GetColumn(QStringLiteral("fT1")).toByteArray()).value_or(0);
             km::SecureBytes rule =
                 CRY::DecryptFieldBytes(rows->GetColumn(QStringLiteral("fT3")).toByteArray());
+            starts.clear();
             ExpandRecurrence(firstMoment, lastMoment, MinuteOfDayOfMoment(start),
                              QByteArrayView(reinterpret_cast<const char *>(rule.data()),
                                             static_cast<qsizetype>(rule.size())),
                              starts);
             km::wipe(rule);
-            if (starts.size() > ids.size())
-                ids.resize(starts.size(), rows->GetColumn(QStringLiteral("fPK")).toLongLong());
+            if (starts.empty()) continue;
+            const qint64 id = rows->GetColumn(QStringLiteral("fPK")).toLongLong();
+            for (const qint32 s : starts)
+                out.push_back({id, s});
         }
     }
 
@@ -147,12 +142,12 @@ void CollectOccurrences(const QDate &first, const QDate &last, std::vector<qint6
                                  .arg(hi.high)
                                  .arg(width),
                              km::Snapshot);
-        for (; !rows->Eof(); rows->MoveNext()) {
-            ids.push_back(rows->GetColumn(QStringLiteral("fPK")).toLongLong());
-            starts.push_back(StartOfField(rows->GetColumn(QStringLiteral("fT1")).toByteArray()).value_or(0));
-        }
+        for (; !rows->Eof(); rows->MoveNext())
+            out.push_back({rows->GetColumn(QStringLiteral("fPK")).toLongLong(),
+                           StartOfField(rows->GetColumn(QStringLiteral("fT1")).toByteArray()).value_or(0)});
     }
-    SortOccurrences(ids, starts);
+    SortOccurrences(out);
+    return out;
 }
 
 void ExpandRecurrence(qint32 firstMoment, qint32 lastMoment, int minuteOfDay, QByteArrayView redo,
@@ -269,8 +264,8 @@ void ExpandRecurrence(qint32 firstMoment, qint32 lastMoment, int minuteOfDay, QB
         const int k = (g % b2) % b2;
         QDate next = cursor.addMonths(k);
         for (int step = 0; step < MaxSteps; ++step) {
-            QDate c = MakeDate(next.year(), next.month(), dayOfMonth);
-            const qint32 d = epochDayOf(NthWeekdayInMonth(ordinal, weekday, c, false));
+            const QDate c = MakeDate(next.year(), next.month(), dayOfMonth);
+            const qint32 d = epochDayOf(NthWeekdayInMonth(ordinal, weekday, c).date);
             if (!(d < seriesFirst || d < rangeFirst)) {
                 if (d > rangeLast) break;
                 if (d <= seriesLast) accept(d);
@@ -312,7 +307,7 @@ void ExpandRecurrence(qint32 firstMoment, qint32 lastMoment, int minuteOfDay, QB
                                                                                      : dateOf(seriesFirst);
         QDate c = MakeDate(cursor.year(), b2, 1);
         for (int step = 0; step < MaxSteps; ++step) {
-            const qint32 d = epochDayOf(NthWeekdayInMonth(ordinal, weekday, c, false));
+            const qint32 d = epochDayOf(NthWeekdayInMonth(ordinal, weekday, c).date);
             if (d >= rangeFirst) {
                 if (d > rangeLast) break;
                 if (d <= seriesLast) accept(d);
@@ -327,22 +322,9 @@ void ExpandRecurrence(qint32 firstMoment, qint32 lastMoment, int minuteOfDay, QB
     }
 }
 
-void SortOccurrences(std::vector<qint64> &ids, std::vector<qint32> &starts) {
-    const size_t n = std::min(ids.size(), starts.size());
-    if (n < 3) return;
-    std::vector<size_t> order(n - 1);
-    std::iota(order.begin(), order.end(), size_t{1});
-    std::stable_sort(order.begin(), order.end(), [&](size_t a, size_t b) { return starts[a] < starts[b]; });
-    std::vector<qint64> sortedIds(n);
-    std::vector<qint32> sortedStarts(n);
-    sortedIds[0] = ids[0];
-    sortedStarts[0] = starts[0];
-    for (size_t i = 1; i < n; ++i) {
-        sortedIds[i] = ids[order[i - 1]];
-        sortedStarts[i] = starts[order[i - 1]];
-    }
-    ids.swap(sortedIds);
-    starts.swap(sortedStarts);
+void SortOccurrences(std::vector<Occurrence> &occurrences) {
+    std::stable_sort(occurrences.begin(), occurrences.end(),
+                     [](const Occurrence &a, const Occurrence &b) { return a.start < b.start; });
 }
 
 // ---- Date helpers of the rule dialog ----
@@ -351,21 +333,15 @@ int WeekOrdinalOfDate(const QDate &date) {
     return (date.day() - 1) / 7 + 1;
 }
 
-QDate NthWeekdayInMonth(int &ordinal, int &weekday, QDate &date, bool ask) {
-    if (weekday == 0) weekday = Weekday(date, 1);
-    if (ordinal == 0) ordinal = WeekOrdinalOfDate(date);
-    for (;;) {
-        const int w1 = Weekday(FirstOfMonth(date), 1);
-        const int dayNumber = (weekday + 7 - w1) % 7 + 1 + (ordinal - 1) * 7;
-        const QDate c = MakeDate(date.year(), date.month(), dayNumber);
-        // Past the month's end: the ordinal 5 means the last.
-        if (monthIndex(c) > monthIndex(date)) return c.addDays(-7);
-        if (!ask || c >= date) return c;
-        const km::Answer a = km::ui().message(LanguageUS::MessageText(MsgNoDateThisMonth), km::Buttons::YesNo,
-                                              km::Answer::Yes, km::Icon::Question);
-        if (a != km::Answer::Yes) return c;
-        date = FirstOfMonth(date).addMonths(1);
-    }
+NthWeekday NthWeekdayInMonth(int &ordinal, int &weekday, const QDate &from) {
+    if (weekday == 0) weekday = Weekday(from, 1);
+    if (ordinal == 0) ordinal = WeekOrdinalOfDate(from);
+    const int w1 = Weekday(FirstOfMonth(from), 1);
+    const int dayNumber = (weekday + 7 - w1) % 7 + 1 + (ordinal - 1) * 7;
+    const QDate c = MakeDate(from.year(), from.month(), dayNumber);
+    // Past the month's end: the ordinal 5 means the last.
+    if (monthIndex(c) > monthIndex(from)) return {c.addDays(-7), false};
+    return {c, c < from};
 }
 
 QDate NthOccurrenceDate(const QDate &start, int ordinal, int weekday, int n, const QString &unit, int step,
@@ -379,8 +355,7 @@ QDate NthOccurrenceDate(const QDate &start, int ordinal, int weekday, int n, con
         t = MakeDate(t.year(), month, t.day());
     }
     int w = weekday >= 1 && weekday <= 7 ? AbsoluteWeekday(weekday) : 0;
-    QDate at = t;
-    QDate r = NthWeekdayInMonth(ordinal, w, at, false);
+    QDate r = NthWeekdayInMonth(ordinal, w, t).date;
     if (r.month() != t.month()) r = years ? r.addYears(1) : r.addMonths(1);
     return r;
 }
@@ -459,13 +434,12 @@ QDate WeeklyEndDate(QDate &start, int count, int interval, const WeekFlags &flag
     return start.addDays(days - 1);
 }
 
+bool IsPastUpperLimit(const QDate &date) {
+    return DayNumber(date) > LastCalendarDay;
+}
+
 QDate ClampUpperDate(const QDate &date) {
-    if (DayNumber(date) <= LastCalendarDay) return date;
-    const QDate limit = DateOfDay(LastCalendarDay);
-    km::ui().message(LanguageUS::MessageText(MsgUpperDateLimit) + QLatin1Char(' ') +
-                         calendarLocale().toString(limit, QLocale::ShortFormat),
-                     km::Buttons::OK);
-    return limit;
+    return IsPastUpperLimit(date) ? DateOfDay(LastCalendarDay) : date;
 }
 
 QDate FirstOfMonth(const QDate &date) {

@@ -36,6 +36,7 @@
 #include "platform/Engine.h"
 #include "ui/LanguageUS.h"
 #include "store/Users.h"
+#include "store/db.h"
 
 namespace {
 
@@ -75,7 +76,7 @@ int occurrences(cli::Context &ctx) {
     if (rc != 0) return rc;
     try {
         for (const QString &line :
-             CALENDAR::OccurrenceLines(from, to, ctx.flag(QStringLiteral("show-private"))))
+             CALENDAR::OccurrenceLines(db::Store(), from, to, ctx.flag(QStringLiteral("show-private"))))
             *ctx.out << line << '\n';
         ctx.out->flush();
     } catch (const km::EngineError &e) {

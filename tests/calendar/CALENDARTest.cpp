@@ -150,14 +150,11 @@ protected:
         return ids;
     }
     QStringList occurrences(const char *from, const char *to) {
-        std::vector<qint64> ids;
-        std::vector<qint32> starts;
-        CollectOccurrences(D(from), D(to), ids, starts);
         QStringList out;
-        for (size_t i = 1; i < ids.size(); ++i)
-            out << QStringLiteral("%1 %2").arg(ids[i]).arg(
-                DateOfMoment(starts[i]).toString(QStringLiteral("MM-dd")) +
-                QStringLiteral(" %1").arg(MinuteOfDayOfMoment(starts[i])));
+        for (const Occurrence &o : CollectOccurrences(store(), D(from), D(to)))
+            out << QStringLiteral("%1 %2").arg(o.id).arg(
+                DateOfMoment(o.start).toString(QStringLiteral("MM-dd")) +
+                QStringLiteral(" %1").arg(MinuteOfDayOfMoment(o.start)));
         return out;
     }
     WeekLocale week{"en_US"};

@@ -4,12 +4,23 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include <QDate>
 #include <QLocale>
 #include <QStringList>
 
 #include "calendar/CALENDAR.h"
 #include "calendar/Recurrence.h"
+
+namespace CALENDAR {
+
+inline void PrintTo(const Occurrence &o, std::ostream *os) {
+    *os << "{" << o.id << ", " << DateOfMoment(o.start).toString(Qt::ISODate).toStdString() << " "
+        << MinuteOfDayOfMoment(o.start) << "}";
+}
+
+} // namespace CALENDAR
 
 namespace km::test {
 

@@ -4,6 +4,7 @@
 #include "calendar/CalendarText.h"
 #include "platform/Engine.h"
 #include "store/CRY.h"
+#include "support/ScriptedDialogs.h"
 #include "support/StoreFixture.h"
 
 using namespace CALENDAR;
@@ -74,6 +75,20 @@ TEST(RuleFromText, RefusesWhatItCannotWrite) {
         EXPECT_FALSE(RuleFromText(QString::fromLatin1(text), D("2024-03-05"), &error)) << text;
         EXPECT_FALSE(error.isEmpty()) << text;
     }
+}
+
+TEST(RuleFromText, ACountPastTheCalendarsLastDayEndsThereAndSaysSo) {
+    WeekLocale us("en_US");
+    ScriptedDialogs ui;
+    QString error;
+    const auto rule = RuleFromText(QStringLiteral("daily,count=20000"), D("2024-03-05"), &error);
+    ASSERT_TRUE(rule) << error.toStdString();
+    EXPECT_EQ(rule->toHex(), WithEnd(Rule(RedoDaily, 0, 1, "2024-03-05", "2069-04-15"), 1).toHex());
+    EXPECT_EQ(ui.shown, QStringList({QStringLiteral("Upper range limit for dates is 4/15/69")}));
+
+    ASSERT_TRUE(
+        RuleFromText(QStringLiteral("daily,count=16478"), D("2024-03-05"), &error)); // ends on 2069-04-15
+    EXPECT_EQ(ui.shown.size(), 1);
 }
 
 using Assignments = QList<QPair<QString, QString>>;
@@ -169,9 +184,9 @@ TEST_F(CalendarTextStore, OccurrenceLinesHidePrivateRowsUnlessAsked) {
                                {"subject", "secret"},
                                {"private", "True"},
                                {"rule", "daily,last=2024-03-06"}});
-    EXPECT_EQ(OccurrenceLines(D("2024-03-05"), D("2024-03-06"), false),
+    EXPECT_EQ(OccurrenceLines(store(), D("2024-03-05"), D("2024-03-06"), false),
               QStringList({QStringLiteral("%1\t2024-03-05 09:00\topen").arg(open)}));
-    EXPECT_EQ(OccurrenceLines(D("2024-03-05"), D("2024-03-06"), true),
+    EXPECT_EQ(OccurrenceLines(store(), D("2024-03-05"), D("2024-03-06"), true),
               QStringList({QStringLiteral("%1\t2024-03-05 08:00\tsecret").arg(secret),
                            QStringLiteral("%1\t2024-03-05 09:00\topen").arg(open),
                            QStringLiteral("%1\t2024-03-06 08:00\tsecret").arg(secret)}));

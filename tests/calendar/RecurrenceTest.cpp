@@ -2,6 +2,7 @@
 
 #include "CalendarTestSupport.h"
 #include "calendar/Recurrence.h"
+#include "calendar/RulePrompts.h"
 #include "support/ScriptedDialogs.h"
 
 using namespace CALENDAR;
@@ -138,13 +139,12 @@ INSTANTIATE_TEST_SUITE_P(
         ExpandCase{"shorter than seven: nothing", Rule(RedoDaily, 0, 1, "2024-01-01").left(5), "2024-01-01",
                    "2024-01-31", {}}));
 
-TEST(ExpandRecurrence, MomentsCarryTheMinuteOfDay) {
-    std::vector<qint32> starts{0};
+TEST(ExpandRecurrence, AppendsMomentsWithTheMinuteOfDay) {
+    std::vector<qint32> starts{7}; // what the caller had stays
     ExpandRecurrence(MomentOf(D("2024-03-01")), MomentOf(D("2024-03-02"), 1439), 615,
                      Rule(RedoDaily, 0, 1, "2024-03-01"), starts);
-    ASSERT_EQ(starts.size(), 3u);
-    EXPECT_EQ(starts[1], MomentOf(D("2024-03-01"), 615));
-    EXPECT_EQ(starts[2], MomentOf(D("2024-03-02"), 615));
+    EXPECT_EQ(starts,
+              (std::vector<qint32>{7, MomentOf(D("2024-03-01"), 615), MomentOf(D("2024-03-02"), 615)}));
 }
 
 TEST(ExpandRecurrence, WeeksFollowTheSystemsFirstDay) {
@@ -163,13 +163,15 @@ TEST(ExpandRecurrence, WeeksFollowTheSystemsFirstDay) {
     }
 }
 
-TEST(SortOccurrences, StableWithTheScratchEntryInPlace) {
+TEST(SortOccurrences, ByStartKeepingTheOrderAtEqualStarts) {
     // Two series first (as collected), then single rows.
-    std::vector<qint64> ids{0, 5, 5, 7, 3, 9};
-    std::vector<qint32> starts{0, 900, 60, 900, 900, 30};
-    SortOccurrences(ids, starts);
-    EXPECT_EQ(ids, (std::vector<qint64>{0, 9, 5, 5, 7, 3}));
-    EXPECT_EQ(starts, (std::vector<qint32>{0, 30, 60, 900, 900, 900}));
+    std::vector<Occurrence> o{{5, 900}, {5, 60}, {7, 900}, {3, 900}, {9, 30}, {4, -1440}};
+    SortOccurrences(o);
+    EXPECT_EQ(o, (std::vector<Occurrence>{{4, -1440}, {9, 30}, {5, 60}, {5, 900}, {7, 900}, {3, 900}}));
+
+    std::vector<Occurrence> none;
+    SortOccurrences(none);
+    EXPECT_TRUE(none.empty());
 }
 
 // ---- The week and the views ----
@@ -217,34 +219,59 @@ TEST(Week, ViewRangesByLocale) {
 // ---- Date helpers of the rule dialog ----
 
 TEST(NthWeekdayInMonth, OrdinalFiveIsTheLastAndZeroesComeFromTheDate) {
-    int ordinal = 5, weekday = 6;
-    QDate date = D("2024-02-10");
-    EXPECT_EQ(NthWeekdayInMonth(ordinal, weekday, date, false), D("2024-02-23"));
+    ScriptedDialogs ui; // computation only: nothing may be shown
+    struct Row {
+        int ordinal, weekday;
+        const char *from, *day;
+        bool early;
+    };
+    const Row rows[] = {
+        {5, 6, "2024-02-10", "2024-02-23", false}, // February 2024 has four Fridays
+        {5, 6, "2024-02-25", "2024-02-23", false}, // the last by stepping back is never early
+        {5, 6, "2024-03-30", "2024-03-29", true},  // a fifth Friday exists: early
+        {1, 2, "2024-03-10", "2024-03-04", true},
+        {1, 2, "2024-03-04", "2024-03-04", false}, // on the date itself
+        {2, 1, "2024-12-01", "2024-12-08", false},
+    };
+    for (const Row &r : rows) {
+        int ordinal = r.ordinal, weekday = r.weekday;
+        const NthWeekday found = NthWeekdayInMonth(ordinal, weekday, D(r.from));
+        EXPECT_EQ(found.date, D(r.day)) << r.from;
+        EXPECT_EQ(found.early, r.early) << r.from;
+    }
 
-    ordinal = 0;
-    weekday = 0;
-    date = D("2024-02-15"); // the third Thursday
-    EXPECT_EQ(NthWeekdayInMonth(ordinal, weekday, date, false), D("2024-02-15"));
+    int ordinal = 0, weekday = 0;
+    EXPECT_EQ(NthWeekdayInMonth(ordinal, weekday, D("2024-02-15")).date, D("2024-02-15")); // third Thursday
     EXPECT_EQ(ordinal, 3);
     EXPECT_EQ(weekday, 5);
     EXPECT_EQ(WeekOrdinalOfDate(D("2024-02-07")), 1);
     EXPECT_EQ(WeekOrdinalOfDate(D("2024-02-08")), 2);
     EXPECT_EQ(WeekOrdinalOfDate(D("2024-01-31")), 5);
+    EXPECT_TRUE(ui.shown.isEmpty());
 }
 
-TEST(NthWeekdayInMonth, AsksOncePerMonthSteppedAndNoKeepsTheEarlierDay) {
+TEST(AskNthWeekdayFrom, AsksOnlyForAnEarlyDayYesMovesToTheNextMonthNoKeepsIt) {
     ScriptedDialogs ui;
     int ordinal = 1, weekday = 2; // the first Monday, 2024-03-04, lies before the date
-    QDate date = D("2024-03-10");
+    QDate from = D("2024-03-10");
     ui.answer(km::Answer::Yes);
-    EXPECT_EQ(NthWeekdayInMonth(ordinal, weekday, date, true), D("2024-04-01"));
-    EXPECT_EQ(date, D("2024-04-01"));
+    EXPECT_EQ(AskNthWeekdayFrom(ui, ordinal, weekday, from), D("2024-04-01"));
+    EXPECT_EQ(from, D("2024-04-01"));
     ASSERT_EQ(ui.shown.size(), 1);
     EXPECT_TRUE(ui.shown.first().startsWith(QStringLiteral("No date fullfilling criteria")));
 
-    date = D("2024-03-10");
+    from = D("2024-03-10");
     ui.answer(km::Answer::No);
-    EXPECT_EQ(NthWeekdayInMonth(ordinal, weekday, date, true), D("2024-03-04"));
+    EXPECT_EQ(AskNthWeekdayFrom(ui, ordinal, weekday, from), D("2024-03-04"));
+    EXPECT_EQ(from, D("2024-03-10"));
+    EXPECT_EQ(ui.shown.size(), 2);
+
+    from = D("2024-03-01");
+    EXPECT_EQ(AskNthWeekdayFrom(ui, ordinal, weekday, from), D("2024-03-04"));
+    ordinal = 5;
+    weekday = 6;
+    from = D("2024-02-25");
+    EXPECT_EQ(AskNthWeekdayFrom(ui, ordinal, weekday, from), D("2024-02-23"));
     EXPECT_EQ(ui.shown.size(), 2);
 }
 
@@ -286,12 +313,19 @@ TEST(RuleDialogHelpers, WeeklyEndDateAndCountAgree) {
 }
 
 TEST(RuleDialogHelpers, UpperDateLimitAndMonthEnds) {
+    WeekLocale us("en_US");
     ScriptedDialogs ui;
+    EXPECT_FALSE(IsPastUpperLimit(D("2069-04-15")));
+    EXPECT_TRUE(IsPastUpperLimit(D("2069-04-16")));
     EXPECT_EQ(ClampUpperDate(D("2069-04-15")), D("2069-04-15"));
-    EXPECT_TRUE(ui.shown.isEmpty());
     EXPECT_EQ(ClampUpperDate(D("2070-01-01")), D("2069-04-15"));
-    ASSERT_EQ(ui.shown.size(), 1);
-    EXPECT_TRUE(ui.shown.first().startsWith(QStringLiteral("Upper range limit for dates is ")));
+    EXPECT_TRUE(ui.shown.isEmpty());
+
+    EXPECT_EQ(ClampUpperDateTelling(ui, D("2069-04-15")), D("2069-04-15"));
+    EXPECT_TRUE(ui.shown.isEmpty());
+    EXPECT_EQ(ClampUpperDateTelling(ui, D("2069-04-16")), D("2069-04-15"));
+    EXPECT_EQ(ui.shown, QStringList({QStringLiteral("Upper range limit for dates is 4/15/69")}));
+
     EXPECT_EQ(FirstOfMonth(D("2024-02-17")), D("2024-02-01"));
     EXPECT_EQ(LastOfMonth(D("2024-02-17")), D("2024-02-29"));
     EXPECT_EQ(LastOfMonth(D("2023-02-17")), D("2023-02-28"));
