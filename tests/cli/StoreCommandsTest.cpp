@@ -97,13 +97,15 @@ TEST(KmdStore, PasswdReplacesThePassphrase) {
     EXPECT_EQ(scratch.run({"check", s}, "new").out, "rows\t5\nfailed\t0\n");
 }
 
-// Every command that opens the store meets a wrong passphrase, a missing
-// store and a file that is no store the same way.
-TEST(KmdStore, LoginFailuresOfEveryCommand) {
+// Every command that opens the store returns the login's status: a wrong
+// passphrase is 2 for each. A missing store, a file that is no store and a
+// passphrase file that cannot be read are 1, shown on the commands that reach
+// the store file on their own ways.
+TEST(KmdStore, LoginFailures) {
     KmdScratch scratch;
     scratch.write("wrong", "Wrong-Horse-99\n");
     scratch.write("junk.kmd", "no store at all");
-    const QList<QStringList> commands = {
+    const QList<QStringList> logins = {
         {"info"},
         {"check"},
         {"passwd"},
@@ -115,31 +117,35 @@ TEST(KmdStore, LoginFailuresOfEveryCommand) {
         {"add", "14", "Subject=x"},
         {"occurrences", "2024-01-01", "2024-01-31"},
     };
-    for (const QStringList &command : commands) {
-        SCOPED_TRACE(command.join(' ').toStdString());
-        QStringList args = command;
+    for (QStringList args : logins) {
+        SCOPED_TRACE(args.join(' ').toStdString());
         args.insert(1, scratch.store);
         const KmdResult wrong = scratch.run(args, "wrong");
         EXPECT_EQ(wrong.status, 2);
         EXPECT_EQ(wrong.err, message(85));
         EXPECT_TRUE(wrong.out.isEmpty());
-
-        args[1] = "missing.kmd";
-        const KmdResult missing = scratch.run(args);
-        EXPECT_EQ(missing.status, 1);
-        EXPECT_EQ(missing.err, "The file does not exist: missing.kmd\n");
-
-        args[1] = "junk.kmd";
-        const KmdResult junk = scratch.run(args);
-        EXPECT_EQ(junk.status, 1);
-        EXPECT_EQ(junk.err, message(51));
-
-        args[1] = scratch.store;
-        const KmdResult noFile = scratch.run(args, "nowhere");
-        EXPECT_EQ(noFile.status, 1);
-        EXPECT_EQ(noFile.err, "Cannot read the passphrase file nowhere.\n");
     }
-    // The passphrase may also come before the command.
+    const struct {
+        QStringList args;
+        QString passFile;
+        QString err;
+    } cases[] = {
+        {{"info", "missing.kmd"}, "pass", "The file does not exist: missing.kmd\n"},
+        {{"compact", "missing.kmd"}, "pass", "The file does not exist: missing.kmd\n"},
+        {{"repair", "missing.kmd"}, "pass", "The file does not exist: missing.kmd\n"},
+        {{"info", "junk.kmd"}, "pass", message(51)},
+        {{"compact", "junk.kmd"}, "pass", message(51)},
+        {{"info", scratch.store}, "nowhere", "Cannot read the passphrase file nowhere.\n"},
+        {{"create", "other.kmd"}, "nowhere", "Cannot read the passphrase file nowhere.\n"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.args.join(' ').toStdString());
+        const KmdResult r = scratch.run(c.args, c.passFile);
+        EXPECT_EQ(r.status, 1);
+        EXPECT_EQ(r.err, c.err);
+    }
+    EXPECT_FALSE(QFile::exists(scratch.path("other.kmd")));
+    // The passphrase file may also come before the command.
     const KmdResult before = scratch.runWithout({"--passphrase-file", "pass", "info", scratch.store});
     EXPECT_EQ(before.status, 0) << testing::PrintToString(before);
 }
