@@ -34,8 +34,8 @@
 #include "calendar/CALENDAR.h"
 #include "calendar/CalendarText.h"
 #include "platform/Engine.h"
-#include "store/Users.h"
 #include "ui/LanguageUS.h"
+#include "store/Users.h"
 
 namespace {
 

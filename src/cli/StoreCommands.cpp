@@ -5,13 +5,13 @@
 #include "cli/Cli.h"
 #include "cli/CliDialogs.h"
 #include "platform/EngineMaintenance.h"
+#include "ui/LanguageUS.h"
 #include "store/CATEGORIES.h"
 #include "store/CRY.h"
 #include "store/Passphrase.h"
 #include "store/Record_Get.h"
 #include "store/Users.h"
 #include "store/db.h"
-#include "ui/LanguageUS.h"
 
 namespace cli {
 
