@@ -62,9 +62,11 @@ struct Argument {
 
 struct Command {
     QString name;
-    QString description; // what it does, for kmd --help and kmd NAME --help
+    QString description; // what it does, for kmd NAME --help
     QList<Argument> arguments;
     QList<QCommandLineOption> options; // besides --passphrase-file and --help
+    // Called with options parsed and as many positional arguments as
+    // arguments asks for; anything else is a usage error before it.
     std::function<int(Context &)> run;
     // Text after the options and arguments in kmd NAME --help, if any.
     std::function<QString()> moreHelp = {};
