@@ -43,7 +43,7 @@ namespace {
 constexpr int MsgUpdateImpossible = 16;
 
 int addAppointment(cli::Context &ctx, const QStringList &assignments) {
-    if (assignments.isEmpty() || assignments.contains(QStringLiteral("--help"))) {
+    if (assignments.isEmpty()) {
         if (ctx.out) *ctx.out << CALENDAR::AddUsage() << Qt::endl;
         return cli::ExitUsage;
     }
@@ -64,9 +64,6 @@ int addAppointment(cli::Context &ctx, const QStringList &assignments) {
 }
 
 int occurrences(cli::Context &ctx) {
-    if (ctx.positional.size() != 3)
-        return ctx.fail(QStringLiteral("usage: kmd occurrences STORE FROM TO [--show-private]"),
-                        cli::ExitUsage);
     const QDate from = QDate::fromString(ctx.positional.at(1), QStringLiteral("yyyy-MM-dd"));
     const QDate to = QDate::fromString(ctx.positional.at(2), QStringLiteral("yyyy-MM-dd"));
     if (!from.isValid() || !to.isValid() || to < from)
@@ -86,15 +83,19 @@ int occurrences(cli::Context &ctx) {
 }
 
 [[maybe_unused]] const bool calendarSectionRegistered = [] {
-    cli::RegisterSectionAdd(CALENDAR::Section, addAppointment);
+    cli::RegisterSectionAdd(CALENDAR::Section, addAppointment, CALENDAR::AddUsage());
     cli::RegisterSectionCheck(CALENDAR::Section, CALENDAR::CheckAppointmentRow);
     return true;
 }();
 
-const cli::Registration
-    occurrencesCommand({QStringLiteral("occurrences"),
-                        QStringLiteral("kmd occurrences STORE FROM TO [--show-private]   "
-                                       "(FROM, TO yyyy-MM-dd; prints fPK, start, subject)"),
-                        occurrences});
+const cli::Registration occurrencesCommand(
+    {QStringLiteral("occurrences"),
+     QStringLiteral("Prints every occurrence of the days FROM to TO in the calendar's order, one a line: "
+                    "fPK, TAB, \"yyyy-MM-dd HH:mm\", TAB, subject."),
+     {cli::StoreArgument(),
+      {QStringLiteral("FROM"), QStringLiteral("the first day, yyyy-MM-dd")},
+      {QStringLiteral("TO"), QStringLiteral("the last day, yyyy-MM-dd, not before FROM")}},
+     {{QStringLiteral("show-private"), QStringLiteral("Shows private appointments too.")}},
+     occurrences});
 
 } // namespace

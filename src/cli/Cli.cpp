@@ -5,15 +5,12 @@
 namespace cli {
 
 bool Context::flag(const QString &name) const {
-    for (const QString &o : options)
-        if (o == "--" + name || o.startsWith("--" + name + "=")) return true;
-    return false;
+    return parser && parser->isSet(name);
 }
 
 std::optional<QString> Context::value(const QString &name) const {
-    for (const QString &o : options)
-        if (o.startsWith("--" + name + "=")) return o.mid(name.size() + 3);
-    return std::nullopt;
+    if (!parser || !parser->isSet(name)) return std::nullopt;
+    return parser->value(name);
 }
 
 int Context::fail(const QString &message, int status) const {
@@ -24,13 +21,59 @@ int Context::fail(const QString &message, int status) const {
     return status;
 }
 
+int Context::usageError() const {
+    if (!command) return ExitUsage;
+    return fail(QStringLiteral("usage: ") + command->synopsis(), ExitUsage);
+}
+
+QString Command::synopsis() const {
+    QString line = QStringLiteral("kmd ") + name;
+    for (const Argument &a : arguments) {
+        switch (a.count) {
+        case Argument::One:
+            line += ' ' + a.name;
+            break;
+        case Argument::OneOrMore:
+            line += ' ' + a.name + QStringLiteral("...");
+            break;
+        case Argument::AnyNumber:
+            line += QStringLiteral(" [") + a.name + QStringLiteral("...]");
+            break;
+        }
+    }
+    for (const QCommandLineOption &o : options) {
+        line += QStringLiteral(" [--") + o.names().constLast();
+        if (!o.valueName().isEmpty()) line += ' ' + o.valueName();
+        line += ']';
+    }
+    return line;
+}
+
+Argument StoreArgument() {
+    return {QStringLiteral("STORE"), QStringLiteral("the store file (.kmd)")};
+}
+
+bool Command::takes(qsizetype n) const {
+    qsizetype least = 0;
+    bool open = false;
+    for (const Argument &a : arguments) {
+        if (a.count != Argument::AnyNumber) ++least;
+        if (a.count != Argument::One) open = true;
+    }
+    return n >= least && (open || n == least);
+}
+
 namespace {
 QList<Command> &commandTable() {
     static QList<Command> table;
     return table;
 }
-std::map<int, SectionAdd> &addTable() {
-    static std::map<int, SectionAdd> table;
+struct SectionAddEntry {
+    SectionAdd add;
+    QString usage;
+};
+std::map<int, SectionAddEntry> &addTable() {
+    static std::map<int, SectionAddEntry> table;
     return table;
 }
 } // namespace
@@ -42,13 +85,19 @@ const QList<Command> &Commands() {
     return commandTable();
 }
 
-void RegisterSectionAdd(int section, SectionAdd add) {
-    addTable()[section] = std::move(add);
+void RegisterSectionAdd(int section, SectionAdd add, const QString &usage) {
+    addTable()[section] = {std::move(add), usage};
 }
 std::optional<SectionAdd> SectionAddFor(int section) {
     auto it = addTable().find(section);
     if (it == addTable().end()) return std::nullopt;
-    return it->second;
+    return it->second.add;
+}
+QStringList SectionAddUsages() {
+    QStringList usages;
+    for (const auto &[section, entry] : addTable())
+        usages << entry.usage;
+    return usages;
 }
 
 std::optional<QList<QPair<QString, QString>>> ParseAssignments(const QStringList &items, QString *bad) {

@@ -6,29 +6,37 @@
 #include <functional>
 #include <optional>
 
+#include <QCommandLineOption>
+#include <QCommandLineParser>
 #include <QString>
 #include <QStringList>
 #include <QTextStream>
 
 namespace cli {
 
-// Exit statuses.
+// Exit statuses. A usage error (an unknown command or option, a missing
+// argument, a malformed field) is 64, as sysexits has it.
 constexpr int ExitOk = 0;
 constexpr int ExitFailure = 1;
 constexpr int ExitWrongPassphrase = 2;
 constexpr int ExitUsage = 64;
 
+struct Command;
+
 struct Context {
-    QStringList positional;     // arguments after the command name, options taken out
-    QStringList options;        // "--name" or "--name=value" as given
+    QStringList positional;                     // arguments after the command name, options taken out
+    const QCommandLineParser *parser = nullptr; // the command's options as parsed
+    const Command *command = nullptr;
     QTextStream *out = nullptr; // one record a line
     QTextStream *err = nullptr; // the system's own messages
     QString passphraseFile;     // --passphrase-file FILE
 
-    bool flag(const QString &name) const;                    // --name present
-    std::optional<QString> value(const QString &name) const; // --name=value or --name value
+    bool flag(const QString &name) const;                    // --name given
+    std::optional<QString> value(const QString &name) const; // --name VALUE or --name=VALUE
     // Writes the message to stderr and returns the status.
     int fail(const QString &message, int status = ExitFailure) const;
+    // "usage: " and the command's synopsis on stderr; returns ExitUsage.
+    int usageError() const;
 };
 
 // Opens the store at path and logs in with the passphrase from
@@ -44,11 +52,33 @@ void KeepSettingsOnClose();
 // the message ("File format not recognized." for a file that is no store).
 int TestStoreFile(Context &ctx, const QString &path);
 
+// A positional argument of a command: one, one or more, or any number.
+struct Argument {
+    enum Count { One, OneOrMore, AnyNumber };
+    QString name; // as in the synopsis: STORE, SECTION, NAME=VALUE
+    QString description;
+    Count count = One;
+};
+
 struct Command {
     QString name;
-    QString usage; // one line: "kmd name ARGS..."
+    QString description; // what it does, for kmd NAME --help
+    QList<Argument> arguments;
+    QList<QCommandLineOption> options; // besides --passphrase-file and --help
+    // Called with options parsed and as many positional arguments as
+    // arguments asks for; anything else is a usage error before it.
     std::function<int(Context &)> run;
+    // Text after the options and arguments in kmd NAME --help, if any.
+    std::function<QString()> moreHelp = {};
+
+    // "kmd list STORE SECTION [--category ID] [--kind K] [--show-private]"
+    QString synopsis() const;
+    // Whether n positional arguments fit the command's arguments.
+    bool takes(qsizetype n) const;
 };
+
+// The STORE argument most commands take.
+Argument StoreArgument();
 
 void Register(const Command &command);
 const QList<Command> &Commands();
@@ -58,9 +88,12 @@ struct Registration {
 };
 
 // Section-specific halves of the record commands (add), by section code.
+// usage is the section's fields, as in "kmd add STORE 14 Subject=... [Memo=...]".
 using SectionAdd = std::function<int(Context &, const QStringList &assignments)>;
-void RegisterSectionAdd(int section, SectionAdd add);
+void RegisterSectionAdd(int section, SectionAdd add, const QString &usage);
 std::optional<SectionAdd> SectionAddFor(int section);
+// The usage of every section's add, by section code.
+QStringList SectionAddUsages();
 
 // "name=value" assignments into pairs; a malformed one is an error.
 std::optional<QList<QPair<QString, QString>>> ParseAssignments(const QStringList &items, QString *bad);

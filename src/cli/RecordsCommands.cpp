@@ -35,6 +35,10 @@ const QStringList kMemoFields = {"UserNumber",       "Private", "DateCreated",
                                  "DateLastModified", "Subject", "Memo"};
 const QStringList kConfidentialFields = {"n0",      "n1",      "n2", "n3", "n4", "notes", "DateLastModified",
                                          "Private", "UserName"};
+const QString kMemoAddUsage =
+    QStringLiteral("kmd add STORE 14 Subject=... [Memo=...] [Private=True] [category=ID]");
+const QString kConfidentialAddUsage =
+    QStringLiteral("kmd add STORE 16 n0=... [n1=... n4=...] [notes=...] [Private=True] [kind=K]");
 
 QString escaped(QString v) {
     v.replace('\\', QStringLiteral("\\\\"));
@@ -59,9 +63,6 @@ std::optional<int> intOption(Context &ctx, const QString &name, bool *bad) {
 }
 
 int list(Context &ctx) {
-    if (ctx.positional.size() != 2)
-        return ctx.fail("usage: kmd list STORE SECTION [--category ID] [--kind K] [--show-private]",
-                        ExitUsage);
     const int section = ctx.positional.at(1).toInt();
     if (section != km::frmNotepad::Section && section != km::frmClassified::Section)
         return ctx.fail(QStringLiteral("Sections listed here: 14 (memos), 16 (confidential data)."),
@@ -93,7 +94,6 @@ int list(Context &ctx) {
 }
 
 int show(Context &ctx) {
-    if (ctx.positional.size() != 2) return ctx.fail("usage: kmd show STORE ID", ExitUsage);
     const qint64 id = ctx.positional.at(1).toLongLong();
     if (int e = Login(ctx, ctx.positional.at(0))) return e;
     const km::SortedSection::StoredRecord r = km::SortedSection::ReadRecord(db::Store(), id);
@@ -162,13 +162,9 @@ bool applyConfidential(km::frmClassified &w, const QList<QPair<QString, QString>
 
 int addTo(Context &ctx, int section, const QStringList &assignments) {
     if (assignments.isEmpty())
-        return ctx.fail(
-            section == km::frmNotepad::Section
-                ? QStringLiteral(
-                      "usage: kmd add STORE 14 Subject=... [Memo=...] [Private=True] [category=ID]")
-                : QStringLiteral(
-                      "usage: kmd add STORE 16 n0=... [n1=... n4=...] [notes=...] [Private=True] [kind=K]"),
-            ExitUsage);
+        return ctx.fail(QStringLiteral("usage: ") +
+                            (section == km::frmNotepad::Section ? kMemoAddUsage : kConfidentialAddUsage),
+                        ExitUsage);
     QString bad;
     const auto pairs = ParseAssignments(assignments, &bad);
     if (!pairs) return ctx.fail("Not of the form name=value: " + bad, ExitUsage);
@@ -194,7 +190,6 @@ int addTo(Context &ctx, int section, const QStringList &assignments) {
 }
 
 int edit(Context &ctx) {
-    if (ctx.positional.size() < 3) return ctx.fail("usage: kmd edit STORE ID NAME=VALUE ...", ExitUsage);
     QString bad;
     const auto pairs = ParseAssignments(ctx.positional.mid(2), &bad);
     if (!pairs) return ctx.fail("Not of the form name=value: " + bad, ExitUsage);
@@ -232,7 +227,6 @@ int edit(Context &ctx) {
 }
 
 int remove(Context &ctx) {
-    if (ctx.positional.size() != 2) return ctx.fail("usage: kmd delete STORE ID", ExitUsage);
     const qint64 id = ctx.positional.at(1).toLongLong();
     if (int e = Login(ctx, ctx.positional.at(0))) return e;
     const km::SortedSection::StoredRecord r = km::SortedSection::ReadRecord(db::Store(), id);
@@ -256,19 +250,54 @@ bool checkSorted(km::RowSet &row, const QByteArray &clear, int titleField, QStri
     return true;
 }
 
-Registration r1({"list", "kmd list STORE SECTION [--category ID] [--kind K] [--show-private]", list});
-Registration r2({"show", "kmd show STORE ID", show});
-Registration r3({"edit", "kmd edit STORE ID NAME=VALUE ...", edit});
-Registration r4({"delete", "kmd delete STORE ID", remove});
+Argument idArgument() {
+    return {QStringLiteral("ID"), QStringLiteral("the record's fPK")};
+}
+
+Registration
+    r1({QStringLiteral("list"),
+        QStringLiteral("Lists memos or confidential records as their window does: \"fPK<TAB>title\" "
+                       "a line."),
+        {StoreArgument(), {QStringLiteral("SECTION"), QStringLiteral("14 memos, 16 confidential data")}},
+        {{QStringLiteral("category"), QStringLiteral("Memos of this category only (default: all)."),
+          QStringLiteral("ID")},
+         {QStringLiteral("kind"), QStringLiteral("Confidential records of this kind, 1 to 16 (default: 1)."),
+          QStringLiteral("K")},
+         {QStringLiteral("show-private"), QStringLiteral("Lists private records too.")}},
+        list});
+Registration
+    r2({QStringLiteral("show"),
+        QStringLiteral("Prints \"index<TAB>name<TAB>value\" for each field of a memo or confidential "
+                       "record, then \"category<TAB>id<TAB>name\" or \"kind<TAB>k<TAB>caption\". Line "
+                       "breaks, tabs and backslashes in values are written \\n, \\t, \\\\."),
+        {StoreArgument(), idArgument()},
+        {},
+        show});
+Registration
+    r3({QStringLiteral("edit"),
+        QStringLiteral("Changes fields of a memo or confidential record, with the names kmd add takes; "
+                       "category= or kind= moves it."),
+        {StoreArgument(),
+         idArgument(),
+         {QStringLiteral("NAME=VALUE"), QStringLiteral("a field and its new value"), Argument::OneOrMore}},
+        {},
+        edit});
+Registration r4({QStringLiteral("delete"),
+                 QStringLiteral("Deletes a record."),
+                 {StoreArgument(), idArgument()},
+                 {},
+                 remove});
 
 struct SectionHalves {
     SectionHalves() {
-        RegisterSectionAdd(km::frmNotepad::Section, [](Context &ctx, const QStringList &a) {
-            return addTo(ctx, km::frmNotepad::Section, a);
-        });
-        RegisterSectionAdd(km::frmClassified::Section, [](Context &ctx, const QStringList &a) {
-            return addTo(ctx, km::frmClassified::Section, a);
-        });
+        RegisterSectionAdd(
+            km::frmNotepad::Section,
+            [](Context &ctx, const QStringList &a) { return addTo(ctx, km::frmNotepad::Section, a); },
+            kMemoAddUsage);
+        RegisterSectionAdd(
+            km::frmClassified::Section,
+            [](Context &ctx, const QStringList &a) { return addTo(ctx, km::frmClassified::Section, a); },
+            kConfidentialAddUsage);
         RegisterSectionCheck(km::frmNotepad::Section,
                              [](km::RowSet &row, const QByteArray &clear, QString *why) {
                                  return checkSorted(row, clear, km::frmNotepad::Subject, why);

@@ -17,13 +17,7 @@ namespace cli {
 
 namespace {
 
-int needArgs(Context &ctx, int n, const QString &usage) {
-    if (ctx.positional.size() < n) return ctx.fail(QStringLiteral("usage: ") + usage, ExitUsage);
-    return ExitOk;
-}
-
 int create(Context &ctx) {
-    if (int e = needArgs(ctx, 1, "kmd create STORE [--force]")) return e;
     QString path = ctx.positional.at(0);
     if (!QFileInfo(path).fileName().contains('.')) path += QStringLiteral(".kmd");
     if (QFileInfo::exists(path) && !ctx.flag("force"))
@@ -36,7 +30,6 @@ int create(Context &ctx) {
 }
 
 int info(Context &ctx) {
-    if (int e = needArgs(ctx, 1, "kmd info STORE")) return e;
     if (int e = Login(ctx, ctx.positional.at(0))) return e;
     QTextStream &out = *ctx.out;
     out << "version\t" << db::ReadStoreVersion() << "\n";
@@ -92,7 +85,6 @@ bool checkRow(km::RowSet &row, int section, int sub, QString *why) {
 }
 
 int check(Context &ctx) {
-    if (int e = needArgs(ctx, 1, "kmd check STORE")) return e;
     if (int e = Login(ctx, ctx.positional.at(0))) return e;
     QTextStream &out = *ctx.out;
     auto rows = db::Store().OpenRowSet(QStringLiteral("SELECT * FROM tt ORDER BY fPK"), km::Snapshot);
@@ -120,13 +112,11 @@ int check(Context &ctx) {
 }
 
 int passwd(Context &ctx) {
-    if (int e = needArgs(ctx, 1, "kmd passwd STORE")) return e;
     if (int e = Login(ctx, ctx.positional.at(0))) return e;
     return Passphrase::ChangePassphrase() ? ExitOk : ExitFailure;
 }
 
 int categories(Context &ctx) {
-    if (int e = needArgs(ctx, 2, "kmd categories STORE SECTION")) return e;
     bool ok = false;
     const int section = ctx.positional.at(1).toInt(&ok);
     if (!ok || section < 11 || section > 19)
@@ -140,7 +130,6 @@ int categories(Context &ctx) {
 }
 
 int compact(Context &ctx) {
-    if (int e = needArgs(ctx, 1, "kmd compact STORE")) return e;
     SetUpDialogs(ctx, false);
     if (int e = TestStoreFile(ctx, ctx.positional.at(0))) return e;
     km::CompactInPlace(db::state().DatabasePath);
@@ -148,7 +137,6 @@ int compact(Context &ctx) {
 }
 
 int repair(Context &ctx) {
-    if (int e = needArgs(ctx, 1, "kmd repair STORE")) return e;
     SetUpDialogs(ctx, false);
     const QString path = QFileInfo(ctx.positional.at(0)).absoluteFilePath();
     if (!QFileInfo(path).isFile())
@@ -161,7 +149,6 @@ int repair(Context &ctx) {
 }
 
 int add(Context &ctx) {
-    if (int e = needArgs(ctx, 2, "kmd add STORE SECTION NAME=VALUE ...")) return e;
     bool ok = false;
     const int section = ctx.positional.at(1).toInt(&ok);
     const auto handler = ok ? SectionAddFor(section) : std::nullopt;
@@ -175,14 +162,62 @@ int add(Context &ctx) {
     return (*handler)(ctx, ctx.positional.mid(2));
 }
 
-Registration r0({"add", "kmd add STORE SECTION NAME=VALUE ...  (see the section's own usage)", add});
-Registration r1({"create", "kmd create STORE [--force]", create});
-Registration r2({"info", "kmd info STORE", info});
-Registration r3({"check", "kmd check STORE", check});
-Registration r4({"passwd", "kmd passwd STORE", passwd});
-Registration r5({"categories", "kmd categories STORE SECTION", categories});
-Registration r6({"compact", "kmd compact STORE", compact});
-Registration r7({"repair", "kmd repair STORE", repair});
+Argument section(const QString &which) {
+    return {QStringLiteral("SECTION"), which};
+}
+
+Registration
+    r0({QStringLiteral("add"),
+        QStringLiteral(
+            "Adds a memo (14), a confidential record (16) or an appointment (12) and "
+            "prints its fPK. Without fields it prints the section's fields and asks for no passphrase."),
+        {StoreArgument(),
+         section(QStringLiteral("14 memos, 16 confidential data, 12 appointments")),
+         {QStringLiteral("NAME=VALUE"), QStringLiteral("a field and its value"), Argument::AnyNumber}},
+        {},
+        add,
+        [] { return QStringLiteral("Fields:\n  ") + SectionAddUsages().join(QStringLiteral("\n  ")); }});
+Registration r1(
+    {QStringLiteral("create"),
+     QStringLiteral("Creates a new store with the user \"Admin\"; the passphrase given is its first."),
+     {{QStringLiteral("STORE"), QStringLiteral("the new store (\".kmd\" is added to a name without one)")}},
+     {{QStringLiteral("force"), QStringLiteral("Replaces a file that exists already.")}},
+     create});
+Registration
+    r2({QStringLiteral("info"),
+        QStringLiteral("Prints the store's version and user, then \"section<TAB>rows\" for each section."),
+        {StoreArgument()},
+        {},
+        info});
+Registration
+    r3({QStringLiteral("check"),
+        QStringLiteral("Decrypts and verifies every row: \"fail<TAB>fPK<TAB>section<TAB>why\" for each "
+                       "that fails, then the counts; the status is 1 if any fails."),
+        {StoreArgument()},
+        {},
+        check});
+Registration r4({QStringLiteral("passwd"),
+                 QStringLiteral("Changes the passphrase: the present one, then the new one twice (from a "
+                                "passphrase file: three lines)."),
+                 {StoreArgument()},
+                 {},
+                 passwd});
+Registration r5({QStringLiteral("categories"),
+                 QStringLiteral("Prints \"id<TAB>name\" for each of a section's categories."),
+                 {StoreArgument(), section(QStringLiteral("a section code, 11 to 19"))},
+                 {},
+                 categories});
+Registration r6({QStringLiteral("compact"),
+                 QStringLiteral("Compacts the file in place."),
+                 {StoreArgument()},
+                 {},
+                 compact});
+Registration
+    r7({QStringLiteral("repair"),
+        QStringLiteral("Rebuilds a damaged store from every row that can be read, then compacts it."),
+        {StoreArgument()},
+        {},
+        repair});
 
 } // namespace
 

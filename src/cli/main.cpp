@@ -1,10 +1,15 @@
 // kmd: the store on the command line, for scripts, tests and benchmarks.
 // Output is one record a line, tab-separated; errors go to stderr in the
 // program's own words with a non-zero exit status.
+//
+// The first argument names the command, and each command parses its own
+// arguments and options: kmd COMMAND --help lists them. --passphrase-file and
+// --help may also come before the command.
+#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QTextStream>
 
-#include <cstdio>
+#include <algorithm>
 
 #include "cli/Cli.h"
 #include "platform/Engine.h"
@@ -13,19 +18,104 @@
 
 namespace {
 
-// Options that take the next argument as their value.
-const QStringList kValueOptions = {"passphrase-file", "category", "kind"};
+QCommandLineOption passphraseFileOption() {
+    return {QStringLiteral("passphrase-file"),
+            QStringLiteral("Reads the passphrase from FILE instead of the terminal: UTF-8, one trailing "
+                           "newline dropped; for passwd three lines, the present one and the new one twice."),
+            QStringLiteral("FILE")};
+}
 
-void usage(QTextStream &out) {
-    out << "usage: kmd COMMAND STORE [ARGS...] [--passphrase-file FILE]\n"
-           "Works on a Kestrelmondarin store (.kmd) without a window.\n"
-           "The passphrase is read from the terminal without echo, or from FILE\n"
-           "(UTF-8, one trailing newline dropped).\n\nCommands:\n";
+QCommandLineOption helpOption() {
+    return {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Shows this help.")};
+}
+
+// The parser's help under a first line of our own: QCommandLineParser names
+// the program by the path it was started with and knows nothing of commands.
+QString helpText(const QCommandLineParser &parser, const QString &usage) {
+    const QString text = parser.helpText();
+    const qsizetype eol = text.indexOf(QLatin1Char('\n'));
+    return QStringLiteral("Usage: ") + usage + (eol < 0 ? QString() : text.mid(eol));
+}
+
+QString globalHelp(const QCommandLineParser &parser) {
+    QString text = helpText(parser, QStringLiteral("kmd COMMAND STORE [ARGS...] [--passphrase-file FILE]"));
+    text += QStringLiteral("\nCommands:\n");
     QList<cli::Command> commands = cli::Commands();
     std::sort(commands.begin(), commands.end(), [](const auto &a, const auto &b) { return a.name < b.name; });
     for (const cli::Command &c : commands)
-        out << "  " << c.usage << "\n";
-    out.flush();
+        text += QStringLiteral("  ") + c.synopsis() + QLatin1Char('\n');
+    text += QStringLiteral("\nkmd COMMAND --help describes a command, its arguments and options.\n");
+    return text;
+}
+
+void setUpGlobal(QCommandLineParser &parser) {
+    parser.setApplicationDescription(
+        QStringLiteral("Works on a Kestrelmondarin store (.kmd) without a window.\n"
+                       "The passphrase is read from the terminal without echo, or from FILE.\n"
+                       "Exit status: 0 done, 1 failed, 2 wrong passphrase, 64 usage error."));
+    parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
+    parser.addOption(passphraseFileOption());
+    parser.addOption(helpOption());
+    parser.addPositionalArgument(QStringLiteral("COMMAND"), QStringLiteral("one of the commands below"),
+                                 QStringLiteral("COMMAND"));
+}
+
+// The text in lines of at most width characters, broken at spaces: the
+// parser wraps the options' descriptions but not the command's.
+QString wrapped(const QString &text, qsizetype width = 79) {
+    QString out;
+    qsizetype lineLength = 0;
+    for (const QString &word : text.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+        if (lineLength > 0 && lineLength + 1 + word.size() > width) {
+            out += QLatin1Char('\n');
+            lineLength = 0;
+        } else if (lineLength > 0) {
+            out += QLatin1Char(' ');
+            ++lineLength;
+        }
+        out += word;
+        lineLength += word.size();
+    }
+    return out;
+}
+
+void setUpCommand(QCommandLineParser &parser, const cli::Command &command) {
+    parser.setApplicationDescription(wrapped(command.description));
+    parser.addOptions(command.options);
+    parser.addOption(passphraseFileOption());
+    parser.addOption(helpOption());
+    for (const cli::Argument &a : command.arguments)
+        parser.addPositionalArgument(a.name, a.description);
+}
+
+QString commandHelp(const QCommandLineParser &parser, const cli::Command &command) {
+    QString text = helpText(parser, command.synopsis() + QStringLiteral(" [--passphrase-file FILE]"));
+    if (command.moreHelp) text += QLatin1Char('\n') + command.moreHelp() + QLatin1Char('\n');
+    return text;
+}
+
+const cli::Command *findCommand(const QString &name) {
+    for (const cli::Command &c : cli::Commands())
+        if (c.name == name) return &c;
+    return nullptr;
+}
+
+int run(const cli::Command &command, cli::Context &ctx) {
+    int status = cli::ExitFailure;
+    try {
+        status = command.run(ctx);
+    } catch (const km::ProgramEnd &end) {
+        status = end.code == 0 ? cli::ExitFailure : end.code;
+    } catch (const km::EngineError &e) {
+        ctx.fail(e.description());
+        status = cli::ExitFailure;
+    }
+    try {
+        cli::CloseSession();
+    } catch (...) {
+        // The keys are wiped before anything that could fail here.
+    }
+    return status;
 }
 
 } // namespace
@@ -35,53 +125,52 @@ int main(int argc, char **argv) {
     QCoreApplication app(argc, argv);
     QTextStream out(stdout);
     QTextStream err(stderr);
-
-    QStringList args = app.arguments().mid(1);
-    if (args.isEmpty() || args.first() == "--help" || args.first() == "-h" || args.first() == "help") {
-        usage(args.isEmpty() ? err : out);
-        return args.isEmpty() ? cli::ExitUsage : cli::ExitOk;
-    }
-    const QString name = args.takeFirst();
     cli::Context ctx;
     ctx.out = &out;
     ctx.err = &err;
-    for (int i = 0; i < args.size(); ++i) {
-        const QString &a = args.at(i);
-        if (a.startsWith("--")) {
-            const QString option = a.mid(2);
-            if (kValueOptions.contains(option)) {
-                if (i + 1 >= args.size())
-                    return ctx.fail(QStringLiteral("Option %1 needs a value.").arg(a), cli::ExitUsage);
-                ctx.options << a + "=" + args.at(++i);
-            } else {
-                ctx.options << a;
-            }
-        } else {
-            ctx.positional << a;
-        }
-    }
-    if (auto file = ctx.value("passphrase-file")) ctx.passphraseFile = *file;
 
-    for (const cli::Command &c : cli::Commands()) {
-        if (c.name != name) continue;
-        int status = cli::ExitFailure;
-        try {
-            status = c.run(ctx);
-        } catch (const km::ProgramEnd &end) {
-            status = end.code == 0 ? cli::ExitFailure : end.code;
-        } catch (const km::EngineError &e) {
-            ctx.fail(e.description());
-            status = cli::ExitFailure;
-        }
-        try {
-            cli::CloseSession();
-        } catch (...) {
-            // The keys are wiped before anything that could fail here.
-        }
-        out.flush();
-        return status;
+    QCommandLineParser global;
+    setUpGlobal(global);
+    if (!global.parse(app.arguments()))
+        return ctx.fail(QStringLiteral("kmd: %1\nkmd --help lists the commands.").arg(global.errorText()),
+                        cli::ExitUsage);
+    QStringList args = global.positionalArguments();
+    // "kmd help" is kmd --help, "kmd help COMMAND" is kmd COMMAND --help.
+    const bool helpWord = args.value(0) == QLatin1String("help");
+    if (global.isSet(helpOption()) || (helpWord && args.size() == 1)) {
+        out << globalHelp(global);
+        return cli::ExitOk;
     }
-    ctx.fail(QStringLiteral("Unknown command: %1").arg(name), cli::ExitUsage);
-    usage(err);
-    return cli::ExitUsage;
+    if (args.isEmpty()) {
+        err << globalHelp(global);
+        return cli::ExitUsage;
+    }
+    if (helpWord) args.removeFirst();
+    const QString name = args.takeFirst();
+    const cli::Command *command = findCommand(name);
+    if (!command)
+        return ctx.fail(QStringLiteral("Unknown command: %1\nkmd --help lists the commands.").arg(name),
+                        cli::ExitUsage);
+
+    QCommandLineParser parser;
+    setUpCommand(parser, *command);
+    ctx.command = command;
+    if (!parser.parse(QStringList{QStringLiteral("kmd ") + name} + args)) {
+        ctx.fail(QStringLiteral("kmd %1: %2").arg(name, parser.errorText()));
+        return ctx.usageError();
+    }
+    if (helpWord || parser.isSet(helpOption())) {
+        out << commandHelp(parser, *command);
+        return cli::ExitOk;
+    }
+    ctx.parser = &parser;
+    ctx.positional = parser.positionalArguments();
+    const QCommandLineOption passphraseFile = passphraseFileOption();
+    ctx.passphraseFile =
+        parser.isSet(passphraseFile) ? parser.value(passphraseFile) : global.value(passphraseFile);
+    if (!command->takes(ctx.positional.size())) return ctx.usageError();
+
+    const int status = run(*command, ctx);
+    out.flush();
+    return status;
 }
