@@ -36,7 +36,10 @@ class SteppingDesktop : public DesktopService {
 public:
     explicit SteppingDesktop(FixedClock &clock) : clock(clock) {}
     void setWaitCursor(bool on) override { waitCursor = on; }
-    bool openUrl(const QString &) override { return false; }
+    bool openUrl(const QString &url) override {
+        opened.append(url);
+        return false;
+    }
     void processEvents() override {
         clock.advanceMSecs(100);
         if (duringEvents) duringEvents();
@@ -44,6 +47,7 @@ public:
 
     FixedClock &clock;
     bool waitCursor = false;
+    QStringList opened;
     std::function<void()> duringEvents;
 };
 

@@ -232,6 +232,11 @@ TEST_F(MainWindowTest, CommandsOfPartsNotBuiltAreDisabled) {
     EXPECT_FALSE(w->toolButton(QStringLiteral("btnWeek"))->enabled);
 }
 
+TEST_F(MainWindowTest, TheWebsiteEntryOpensTheMakersPage) {
+    w->menuClick(QStringLiteral("mnuHelpWebsite"));
+    EXPECT_EQ(desk.opened, QStringList({QString::fromLatin1(frmMDI::WebsiteUrl)}));
+}
+
 TEST_F(MainWindowTest, ANewStoreFromTheFileMenuIsAnnounced) {
     ASSERT_TRUE(startOpen());
     const QString next = dir.filePath(QStringLiteral("second.kmd"));
