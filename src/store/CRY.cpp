@@ -480,9 +480,8 @@ int ByteSum(const QByteArray &bytes) {
 }
 
 void WipeBytes(SecureBytes &bytes) {
-    km::cleanse(bytes.data(), bytes.size());
-    bytes.resize(1);
-    bytes[0] = 0;
+    km::wipe(bytes);
+    bytes.push_back(0);
 }
 
 QString WipeString(QString &text) {

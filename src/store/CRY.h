@@ -93,7 +93,9 @@ SecureBytes RandomBytes(int n);
 QByteArray RandomNoise(int n); // 8 x n bytes
 int ByteSum(const SecureBytes &bytes);
 int ByteSum(const QByteArray &bytes);
-// Overwrites every byte with 0, then shrinks to one element.
+// Overwrites the bytes in place and empties the buffer (its memory is kept),
+// then leaves the one byte 0 that stands for "no value" (a malformed field's
+// PlainBytes, a FieldKey that is no valid key).
 void WipeBytes(SecureBytes &bytes);
 // Overwrites every character with character 0, then empties the text.
 QString WipeString(QString &text);
