@@ -32,6 +32,7 @@ void usage(QTextStream &out) {
 
 int main(int argc, char **argv) {
     km::DisableCoreDumps();
+    km::KeepNewFilesPrivate();
     QCoreApplication app(argc, argv);
     QTextStream out(stdout);
     QTextStream err(stderr);

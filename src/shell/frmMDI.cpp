@@ -7,7 +7,6 @@
 //      clipboard wiped and the process ended.
 #include "shell/frmMDI.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
@@ -382,7 +381,7 @@ bool frmMDI::Form_Load() {
             const QString folder = SpecialFolder(FolderDocuments) + QStringLiteral("/Kestrelmondarin");
             const bool firstRun = s.DatabasePath.isEmpty() && !QFileInfo::exists(folder);
             if (firstRun && ShowMessage(160, Buttons::YesNo, Answer::Yes, Icon::Question) == Answer::Yes) {
-                QDir().mkpath(folder);
+                MakePrivateFolder(folder);
                 s.NewStore = true;
                 if (db::CreateStore(folder + QStringLiteral("/PersonalData.kmd")) != 0) showFrmMenuDB();
             } else {
