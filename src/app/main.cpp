@@ -6,6 +6,7 @@
 
 int main(int argc, char **argv) {
     km::DisableCoreDumps();
+    km::KeepNewFilesPrivate();
     QApplication app(argc, argv);
     km::gui::Program program;
     return program.run();

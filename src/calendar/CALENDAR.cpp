@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <vector>
 
-#include "platform/CodePage1252.h"
 #include "platform/Engine.h"
 #include "platform/Random.h"
 #include "ui/Dialogs.h"
@@ -245,7 +244,10 @@ QByteArray PackAppointment(const AppointmentRecord &r) {
     return out;
 }
 
-AppointmentRecord AppointmentFromSlots(const QStringList &slots) {
+namespace {
+
+// Every field but the rule string, a byte text that is read as its bytes.
+AppointmentRecord appointmentFromSlots(const QStringList &slots) {
     const auto slot = [&](int i) { return i < slots.size() ? slots.at(i) : QString(); };
     AppointmentRecord r;
     r.UserNumber = slot(FieldUserNumber).toInt();
@@ -255,17 +257,19 @@ AppointmentRecord AppointmentFromSlots(const QStringList &slots) {
     r.ctlAllday = slot(FieldAllday).toInt();
     r.ctlAlarmYN = slot(FieldAlarmYN).toInt();
     r.ctlAlarmTime = momentOfSlot(slot(FieldAlarmTime));
-    r.ctlRedoString = km::cp1252::toBytes(slot(FieldRedoString));
     r.ctlSubject = slot(FieldSubject);
     r.ctlLocation = slot(FieldLocation);
     r.ctlNotes = slot(FieldNotes);
     return r;
 }
 
+} // namespace
+
 AppointmentRecord AppointmentFromClear(const km::SecureBytes &clear) {
     QStringList slots;
     Record_Get::UnpackRecord(slots, clear);
-    AppointmentRecord r = AppointmentFromSlots(slots);
+    AppointmentRecord r = appointmentFromSlots(slots);
+    r.ctlRedoString = km::toQByteArray(Record_Get::ReadPackedBytes(clear, FieldRedoString));
     for (QString &s : slots)
         km::wipe(s);
     return r;

@@ -164,8 +164,7 @@ struct AppointmentRecord {
 
 // The packed record; fields whose value is an empty string are left out.
 QByteArray PackAppointment(const AppointmentRecord &record);
-// From the text slots UnpackRecord fills; missing fields read as empty or 0.
-AppointmentRecord AppointmentFromSlots(const QStringList &slots);
+// From a clear packed record; missing fields read as empty or 0.
 AppointmentRecord AppointmentFromClear(const km::SecureBytes &clear);
 // Reads the row of the session's store; nothing when there is no such
 // appointment row.

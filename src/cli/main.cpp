@@ -122,6 +122,7 @@ int run(const cli::Command &command, cli::Context &ctx) {
 
 int main(int argc, char **argv) {
     km::DisableCoreDumps();
+    km::KeepNewFilesPrivate();
     QCoreApplication app(argc, argv);
     QTextStream out(stdout);
     QTextStream err(stderr);

@@ -27,6 +27,12 @@ unsigned char toByte(QChar ch) {
     return static_cast<unsigned char>(ReplacementByte);
 }
 
+bool holds(char32_t codePoint) {
+    if (codePoint > 0xFFFF) return false;
+    const QChar ch(static_cast<char16_t>(codePoint));
+    return ch.unicode() == ReplacementByte || toByte(ch) != ReplacementByte;
+}
+
 QByteArray toBytes(QStringView text) {
     QByteArray out(text.size(), Qt::Uninitialized);
     for (qsizetype i = 0; i < text.size(); ++i)

@@ -2,7 +2,8 @@
 // its way into a cipher or hash, and every cipher text that stands in a text of
 // 16-bit characters, passes through it. The five positions that Windows-1252
 // leaves undefined map to U+0081, U+008D, U+008F, U+0090 and U+009D, so every
-// byte round-trips. A character outside the code page becomes '?' (63).
+// byte round-trips. A character outside the code page becomes '?' (63): the
+// store's texts are written in a form that has none (CONVERSION::TextToStored).
 #pragma once
 
 #include <QByteArray>
@@ -18,6 +19,9 @@ constexpr char ReplacementByte = '?';
 QChar toChar(unsigned char byte);
 // The byte of one character, or ReplacementByte.
 unsigned char toByte(QChar ch);
+// Whether the code page has a byte for a character (a code point; a surrogate
+// or a character beyond U+FFFF never has one).
+bool holds(char32_t codePoint);
 
 QByteArray toBytes(QStringView text);
 QString fromBytes(const QByteArray &bytes);

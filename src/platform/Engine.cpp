@@ -44,6 +44,7 @@
 #include <sqlite3.h>
 
 #include "platform/CodePage1252.h"
+#include "platform/Environment.h"
 #include "platform/JetSql.h"
 
 namespace km {
@@ -1262,12 +1263,18 @@ void StoreDb::CreateDatabase(const QString &path) {
     if (QFileInfo::exists(path))
         fail(EngineErr::FileExists, QStringLiteral("The database file exists already."));
     try {
+        // The file is made empty and private first, so that the store is
+        // never readable by others, not even for a moment; SQLite takes an
+        // empty file as an empty database. Where that fails, SQLite's own
+        // open says why.
+        CreatePrivateFile(path);
         Connection con;
         openConnection(con, path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
         execute(con.db, kCreateStore);
         execute(con.db, kPlannerFacts);
         const int rc = sqlite3_close(con.release());
         if (rc != SQLITE_OK) fail(EngineErr::Generic, QString::fromUtf8(sqlite3_errstr(rc)));
+        KeepPrivate(path);
     } catch (...) {
         QFile::remove(path);
         throw;
@@ -1279,6 +1286,9 @@ std::unique_ptr<StoreDb> StoreDb::OpenDatabase(const QString &path, bool exclusi
     if (!info.exists()) fail(EngineErr::FileNotFound, QStringLiteral("The database file was not found."));
     if (!info.isFile())
         fail(EngineErr::NotAStore, QStringLiteral("Unrecognized database format: not a file."));
+    // SQLite gives its log the store's mode: a store written by an earlier
+    // version, readable by others, becomes private before it gets one.
+    if (!readOnly) KeepPrivate(path);
     Connection con;
     openConnection(con, path, readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE);
     if (exclusive) {

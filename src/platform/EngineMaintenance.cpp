@@ -11,6 +11,7 @@
 #include <QList>
 
 #include "platform/Engine.h"
+#include "platform/Environment.h"
 
 namespace km {
 
@@ -110,7 +111,8 @@ void RepairDatabase(const QString &path) {
     const qint64 pageSize = pageSizeOf(path);
     if (pageSize > 0 && size % pageSize != 0) {
         source = freshPath(path);
-        if (!QFile::copy(path, source) || !QFile(source).resize(size / pageSize * pageSize)) {
+        if (!QFile::copy(path, source) || !KeepPrivate(source) ||
+            !QFile(source).resize(size / pageSize * pageSize)) {
             QFile::remove(source);
             throw EngineError(EngineErr::Generic, QStringLiteral("The damaged file could not be read."));
         }
@@ -232,15 +234,23 @@ void RepairDatabase(const QString &path) {
         throw EngineError(EngineErr::AlreadyInUse,
                           QStringLiteral("The damaged file could not be put aside."));
     }
+    KeepPrivate(keep); // what could be read of the store is still the store's
     replaceFile(rebuilt, path);
 }
 
 void CompactDatabase(const QString &source, const QString &destination) {
     Db d;
     open(d, source, SQLITE_OPEN_READONLY);
+    // VACUUM INTO writes into an empty file as into a new one; made here
+    // first, the copy is private from its first byte.
+    const bool made = !QFileInfo::exists(destination) && CreatePrivateFile(destination);
     const QByteArray sql = QStringLiteral("VACUUM INTO '%1'").arg(sqlText(destination)).toUtf8();
     const int rc = sqlite3_exec(d.db, sql.constData(), nullptr, nullptr, nullptr);
-    if (rc != SQLITE_OK) fail(d.db, rc, QStringLiteral("Compacting failed"));
+    if (rc != SQLITE_OK) {
+        if (made) QFile::remove(destination);
+        fail(d.db, rc, QStringLiteral("Compacting failed"));
+    }
+    KeepPrivate(destination);
 }
 
 void CompactInPlace(const QString &path) {

@@ -1,6 +1,8 @@
 #include "platform/Environment.h"
 
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QLockFile>
 #include <QStandardPaths>
 
@@ -21,7 +23,32 @@ EnvironmentState &state() {
     return s;
 }
 
+constexpr QFile::Permissions OwnerOnly = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+
 } // namespace
+
+bool MakePrivateFolder(const QString &path) {
+    if (path.isEmpty()) return false;
+    const QString folder = QDir::cleanPath(QDir(path).absolutePath());
+    if (QFileInfo(folder).isDir()) return true;
+    const QString parent = QFileInfo(folder).path();
+    if (parent != folder && !MakePrivateFolder(parent)) return false;
+    return QDir().mkdir(folder, OwnerOnly) || QFileInfo(folder).isDir();
+}
+
+bool CreatePrivateFile(const QString &path) {
+    QFile f(path);
+    return f.open(QIODevice::WriteOnly | QIODevice::NewOnly, QFile::ReadOwner | QFile::WriteOwner);
+}
+
+bool KeepPrivate(const QString &path) {
+    if (!QFileInfo::exists(path)) return false;
+    const QFile::Permissions now = QFile::permissions(path);
+    const QFile::Permissions others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
+                                      QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
+    if (!(now & others)) return true;
+    return QFile::setPermissions(path, now & OwnerOnly);
+}
 
 QString SpecialFolder(int id) {
     if (id != FolderDocuments) return QString();

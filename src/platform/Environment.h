@@ -18,6 +18,20 @@ QString SpecialFolder(int id);
 // no folder ("") and is all name.
 QString FolderOfPath(const QString &path, bool wantFolder);
 
+// ---- Private files ----
+// The store, its copies and the settings file are the owner's alone (0600),
+// and so is a folder the program makes for them (0700).
+
+// Makes the folder and every missing folder above it, each 0700; folders that
+// exist already are left as they are. False if the folder is not there after.
+bool MakePrivateFolder(const QString &path);
+// Creates the file empty with mode 0600; false if it exists already or
+// cannot be made.
+bool CreatePrivateFile(const QString &path);
+// Takes group and other access from a file or folder (0600 for a file that
+// was 0644); false if the mode could not be set.
+bool KeepPrivate(const QString &path);
+
 // Takes the lock that keeps a second copy of the program from running on this
 // machine: a lock file "kestrelmondarin.lock" in the user's runtime folder,
 // held until ReleaseSingleInstance or the end of the process. False only if

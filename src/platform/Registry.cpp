@@ -1,9 +1,12 @@
 #include "platform/Registry.h"
 
+#include <QFileInfo>
 #include <QSettings>
 #include <QStringList>
 
 #include <memory>
+
+#include "platform/Environment.h"
 
 namespace km {
 
@@ -29,8 +32,14 @@ bool write(const QString &valuePath, const QVariant &value) {
     const QString key = SettingsKey(valuePath);
     if (key.isEmpty()) return false;
     auto settings = openSettings();
+    // The file names the last store and user: it is made private and empty
+    // before the first value goes in, in a private folder where the program
+    // makes one.
+    const QString file = settings->fileName();
+    if (!QFileInfo::exists(file) && MakePrivateFolder(QFileInfo(file).path())) CreatePrivateFile(file);
     settings->setValue(key, value);
     settings->sync();
+    KeepPrivate(file);
     return settings->status() == QSettings::NoError;
 }
 

@@ -7,7 +7,6 @@
 //      clipboard wiped and the process ended.
 #include "shell/frmMDI.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
@@ -437,10 +436,7 @@ bool frmMDI::Form_Load() {
             const bool firstRun = s.DatabasePath.isEmpty() && !QFileInfo::exists(folder);
             if (firstRun && ui().message(FirstStartQuestion(path), Buttons::YesNo, Answer::Yes,
                                          Icon::Question) == Answer::Yes) {
-                // The folder holds nothing but the person's stores.
-                QDir().mkpath(folder);
-                QFile::setPermissions(folder, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
-                                                  QFileDevice::ExeOwner);
+                MakePrivateFolder(folder);
                 s.NewStore = true;
                 if (db::CreateStore(path) != 0)
                     showFrmMenuDB();

@@ -481,6 +481,113 @@ QString NegateBinary(const QString &text) {
     return out;
 }
 
+// ---- Texts and their stored form ----
+
+namespace {
+
+constexpr char32_t LastCodePoint = 0x10FFFF;
+
+// A reference "&#digits;" that starts at i: its length (0 if there is none)
+// and its code point (past LastCodePoint when the digits say more).
+struct Reference {
+    qsizetype length = 0;
+    char32_t codePoint = 0;
+};
+
+Reference referenceAt(QStringView s, qsizetype i) {
+    if (i + 3 >= s.size() || s[i] != u'&' || s[i + 1] != u'#') return {};
+    char32_t value = 0;
+    qsizetype j = i + 2;
+    for (; j < s.size() && s[j] >= u'0' && s[j] <= u'9'; ++j)
+        value = std::min<char32_t>(value * 10 + (s[j].unicode() - u'0'), LastCodePoint + 1);
+    if (j == i + 2 || j >= s.size() || s[j] != u';') return {};
+    return {j + 1 - i, value};
+}
+
+// The code point at i and the number of 16-bit units it takes; a surrogate
+// without its partner stands for itself.
+char32_t codePointAt(QStringView s, qsizetype i, qsizetype *units) {
+    const QChar c = s[i];
+    if (c.isHighSurrogate() && i + 1 < s.size() && s[i + 1].isLowSurrogate()) {
+        *units = 2;
+        return QChar::surrogateToUcs4(c, s[i + 1]);
+    }
+    *units = 1;
+    return c.unicode();
+}
+
+bool needsStoredForm(QStringView text) {
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text[i];
+        if (!km::cp1252::holds(c.unicode())) return true;
+        if (c == u'&' && referenceAt(text, i).length) return true;
+    }
+    return false;
+}
+
+} // namespace
+
+QString TextToStored(const QString &text, qsizetype maxLength) {
+    const bool fits = maxLength < 0 || text.size() <= maxLength;
+    if (fits && !needsStoredForm(text)) return text;
+    // Two passes, the first to measure: the result is a copy of what the
+    // person typed and must not leave earlier buffers behind as it grows.
+    const auto walk = [&](QString *out) {
+        qsizetype length = 0;
+        char16_t digits[16];
+        for (qsizetype i = 0; i < text.size();) {
+            qsizetype units = 1;
+            const char32_t c = codePointAt(text, i, &units);
+            QStringView piece;
+            const char16_t single = static_cast<char16_t>(c);
+            if (!km::cp1252::holds(c)) {
+                // "&#" digits ";" written from the back.
+                qsizetype at = 16;
+                digits[--at] = u';';
+                for (char32_t n = c; n != 0 || at == 15; n /= 10)
+                    digits[--at] = static_cast<char16_t>(u'0' + n % 10);
+                digits[--at] = u'#';
+                digits[--at] = u'&';
+                piece = QStringView(digits + at, 16 - at);
+            } else if (c == u'&' && referenceAt(text, i).length) {
+                piece = u"&#38;";
+            } else {
+                piece = QStringView(&single, 1);
+            }
+            if (maxLength >= 0 && length + piece.size() > maxLength) break;
+            length += piece.size();
+            if (out) out->append(piece);
+            i += units;
+        }
+        return length;
+    };
+    QString out;
+    out.reserve(walk(nullptr));
+    walk(&out);
+    return out;
+}
+
+QString StoredToText(const QString &stored) {
+    if (!stored.contains(QLatin1String("&#"))) return stored;
+    QString out;
+    out.reserve(stored.size());
+    for (qsizetype i = 0; i < stored.size();) {
+        const Reference r = referenceAt(stored, i);
+        if (r.length == 0 || r.codePoint > LastCodePoint) {
+            out.append(stored[i++]);
+            continue;
+        }
+        if (QChar::requiresSurrogates(r.codePoint)) {
+            out.append(QChar::highSurrogate(r.codePoint));
+            out.append(QChar::lowSurrogate(r.codePoint));
+        } else {
+            out.append(QChar(static_cast<char16_t>(r.codePoint)));
+        }
+        i += r.length;
+    }
+    return out;
+}
+
 // ---- Other helpers ----
 
 QString PathPart(const QString &path, bool wantFolder) {

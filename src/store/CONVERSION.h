@@ -95,6 +95,27 @@ unsigned char BinaryToByte(const QString &text); // message 33 for a length not 
 QByteArray BinaryToText(const QString &text);    // message 32 and "0" for a bad length
 QString NegateBinary(const QString &text);
 
+// ---- Texts and their stored form ----
+// Every text the person types is stored as code page 1252 bytes. A character
+// the code page has no byte for is written as the decimal character reference
+// "&#N;", N its code point (one reference for a character beyond U+FFFF, not
+// one for each half of its surrogate pair). A typed "&#" that is followed by
+// digits and ";" has its "&" written as "&#38;", so it reads back as typed. A
+// text with neither is stored exactly as it is.
+//
+// Only typed texts take this form. Byte texts (cipher text, hashes, random
+// values, rule strings) that travel in text fields keep their bytes as they
+// are and are never read through StoredToText.
+
+// The stored form, every character of it in code page 1252. A maxLength of 0
+// or more cuts the form at that many characters, before the first character
+// whose form would not fit whole. A text that needs no change comes back as
+// the same (shared) QString.
+QString TextToStored(const QString &text, qsizetype maxLength = -1);
+// The typed text of a stored form: every reference "&#N;" (N up to 1114111)
+// becomes its character. A form without "&#" comes back as the same QString.
+QString StoredToText(const QString &stored);
+
 // ---- Other helpers ----
 QString PathPart(const QString &path, bool wantFolder);
 QString BytesToHex(const QByteArray &bytes);

@@ -8,6 +8,7 @@
 #include "platform/CryptoLib.h"
 #include "platform/Random.h"
 #include "ui/Dialogs.h"
+#include "store/CONVERSION.h"
 #include "store/CRYDetail.h"
 
 namespace CRY {
@@ -104,12 +105,17 @@ void loadBlanks() {
     padScratch().assign(static_cast<std::size_t>(km::RndInt(MaxBlanks)), Blank);
 }
 
+// A text goes in in its stored form (CONVERSION::TextToStored).
 void loadPlain(const QString &text) {
     if (text.isEmpty()) return loadBlanks();
+    QString stored = CONVERSION::TextToStored(text);
     SecureBytes &b = padScratch();
-    setSize(b, static_cast<std::size_t>(text.size()));
-    for (qsizetype i = 0; i < text.size(); ++i)
-        b[static_cast<std::size_t>(i)] = km::cp1252::toByte(text[i]);
+    setSize(b, static_cast<std::size_t>(stored.size()));
+    for (qsizetype i = 0; i < stored.size(); ++i)
+        b[static_cast<std::size_t>(i)] = km::cp1252::toByte(stored[i]);
+    // A stored form of its own is a copy of the text; one that shares the
+    // caller's buffer is the caller's to wipe.
+    if (stored.constData() != text.constData()) km::wipe(stored);
 }
 
 void loadPlain(const QByteArray &bytes) {
@@ -298,7 +304,10 @@ QByteArray EncryptField(const QVariant &value) {
 QString DecryptField(const QByteArray &field) {
     if (decryptFieldForm(field) == Decrypted::Malformed) return {};
     const Span s = plainSpan(true);
-    return km::cp1252::fromBytes(s.data, s.size);
+    QString stored = km::cp1252::fromBytes(s.data, s.size);
+    QString text = CONVERSION::StoredToText(stored);
+    if (text.constData() != stored.constData()) km::wipe(stored);
+    return text;
 }
 
 SecureBytes DecryptFieldBytes(const QByteArray &field) {
@@ -480,9 +489,8 @@ int ByteSum(const QByteArray &bytes) {
 }
 
 void WipeBytes(SecureBytes &bytes) {
-    km::cleanse(bytes.data(), bytes.size());
-    bytes.resize(1);
-    bytes[0] = 0;
+    km::wipe(bytes);
+    bytes.push_back(0);
 }
 
 QString WipeString(QString &text) {

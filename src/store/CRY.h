@@ -9,8 +9,10 @@
 //    the passphrase verifier of a user row.
 //
 // Cipher text, hashes and random values are "byte texts": QByteArray, one
-// byte a character of code page 1252. Plain text goes through code page 1252
-// on its way in (cp1252::toBytes) and out (cp1252::fromBytes).
+// byte a character of code page 1252, taken as they are. Plain text (QString)
+// is what the person typed: it goes in in its stored form
+// (CONVERSION::TextToStored, then code page 1252) and comes out of
+// DecryptField the same way back.
 //
 // Invariants:
 //  1. No key is ever stored: a field key exists only while the key number at
@@ -54,7 +56,7 @@ bool KeyTableLoaded();
 // blanks; 3 encrypts under the current FieldKey without key number; 4 decrypts
 // under it without trimming. An invalid QVariant is the Empty value: "" in
 // every mode. Null (QVariant of std::nullptr_t) and "" encrypt as a run of 0
-// to 12 blanks. QString values go through code page 1252, QByteArray values
+// to 12 blanks. QString values go in in their stored form, QByteArray values
 // are taken as bytes; other kinds as their text. Modes 2 and 4 return the
 // plain bytes; use DecryptField for text.
 QByteArray FieldCipher(int mode, const QVariant &value);
@@ -62,7 +64,8 @@ QByteArray FieldCipher(int mode, const QVariant &value);
 QByteArray EncryptField(const QString &text);
 QByteArray EncryptField(const QByteArray &bytes);
 QByteArray EncryptField(const QVariant &value);
-// Mode 2: the plain text, trimmed of blanks at both ends.
+// Mode 2: the plain text, trimmed of blanks at both ends, read back from its
+// stored form.
 QString DecryptField(const QByteArray &field);
 // Like mode 2 without the trim, for binary values (packed values, rule
 // strings) whose first or last byte may be 32. Empty for a malformed field.
@@ -93,7 +96,9 @@ SecureBytes RandomBytes(int n);
 QByteArray RandomNoise(int n); // 8 x n bytes
 int ByteSum(const SecureBytes &bytes);
 int ByteSum(const QByteArray &bytes);
-// Overwrites every byte with 0, then shrinks to one element.
+// Overwrites the bytes in place and empties the buffer (its memory is kept),
+// then leaves the one byte 0 that stands for "no value" (a malformed field's
+// PlainBytes, a FieldKey that is no valid key).
 void WipeBytes(SecureBytes &bytes);
 // Overwrites every character with character 0, then empties the text.
 QString WipeString(QString &text);

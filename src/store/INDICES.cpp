@@ -34,6 +34,46 @@ qint32 rankOf(km::RowSet &rows, const QString &column) {
     return static_cast<qint32>(rows.GetColumn(column).toLongLong());
 }
 
+// A character that code page 1252 has no byte for, and no letter of the code
+// page as its base, stands in a folded text as this byte and its code point
+// in three bytes, high first. Every byte of a folded code page text is 128 or
+// less, so such characters sort after all of them, among themselves by code
+// point, and a bucket lies after every bucket of a letter A to Z.
+constexpr unsigned char Beyond = 0xFF;
+constexpr qsizetype BeyondBytes = 4;
+constexpr int ClassBeyond = ClassZ + 1;
+
+// The fold of one byte of code page 1252.
+char foldByte(unsigned char b) {
+    if (b > 128) return static_cast<char>(SortLetter(km::cp1252::toChar(b), 0) + 64);
+    if (b >= 'a' && b <= 'z') return static_cast<char>(b - 32);
+    return static_cast<char>(b);
+}
+
+// The upper case of a character beyond the code page, or its base letter
+// where its canonical decomposition is that letter followed by nonspacing
+// marks only (Ś is S and an acute, Ё is Е and a diaeresis). A letter with a
+// mark the decomposition does not take apart, such as Ł, is its own letter.
+char32_t baseLetter(char32_t c) {
+    const char32_t upper = QChar::toUpper(c);
+    const QList<uint> parts = QString::fromUcs4(&upper, 1).normalized(QString::NormalizationForm_D).toUcs4();
+    if (parts.size() < 2) return upper;
+    for (qsizetype i = 1; i < parts.size(); ++i)
+        if (QChar::category(parts[i]) != QChar::Mark_NonSpacing) return upper;
+    return parts[0];
+}
+
+// The letter class of the folded character at i; i moves past it.
+int classAt(const QByteArray &folded, qsizetype &i, int mode) {
+    const auto b = static_cast<unsigned char>(folded.at(i));
+    if (b == Beyond) {
+        i += BeyondBytes;
+        return ClassBeyond;
+    }
+    ++i;
+    return SortLetter(km::cp1252::toChar(b), mode);
+}
+
 } // namespace
 
 int SortLetter(QChar ch, int mode) {
@@ -72,23 +112,43 @@ int SortLetter(QChar ch, int mode) {
 }
 
 QByteArray SortFold(const QString &text) {
-    QByteArray bytes = km::cp1252::toBytes(text);
-    for (qsizetype i = 0; i < bytes.size(); ++i) {
-        const unsigned char b = static_cast<unsigned char>(bytes[i]);
-        if (b > 128)
-            bytes[i] = static_cast<char>(SortLetter(km::cp1252::toChar(b), 0) + 64);
-        else if (b >= 'a' && b <= 'z')
-            bytes[i] = static_cast<char>(b - 32);
+    QByteArray out;
+    out.reserve(text.size());
+    for (qsizetype i = 0; i < text.size();) {
+        char32_t c = text[i].unicode();
+        if (text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate()) {
+            c = QChar::surrogateToUcs4(text[i], text[i + 1]);
+            ++i;
+        }
+        ++i;
+        if (km::cp1252::holds(c)) {
+            out.append(foldByte(km::cp1252::toByte(QChar(static_cast<char16_t>(c)))));
+            continue;
+        }
+        // A mark typed apart from its letter is passed over, as the marks of
+        // the code page's own letters are.
+        if (QChar::category(c) == QChar::Mark_NonSpacing) continue;
+        const char32_t base = baseLetter(c);
+        if (km::cp1252::holds(base)) {
+            out.append(foldByte(km::cp1252::toByte(QChar(static_cast<char16_t>(base)))));
+            continue;
+        }
+        out.append(static_cast<char>(Beyond));
+        out.append(static_cast<char>((base >> 16) & 0xFF));
+        out.append(static_cast<char>((base >> 8) & 0xFF));
+        out.append(static_cast<char>(base & 0xFF));
     }
-    return bytes;
+    return out;
 }
 
 int SortBucket(const QByteArray &folded, int mode) {
     if (folded.isEmpty()) return 0;
-    const int a = SortLetter(km::cp1252::toChar(static_cast<unsigned char>(folded.at(0))), mode);
-    const int b = folded.size() >= 2
-                      ? SortLetter(km::cp1252::toChar(static_cast<unsigned char>(folded.at(1))), mode)
-                      : 0;
+    qsizetype i = 0;
+    const int a = classAt(folded, i, mode);
+    // Titles that begin beyond the code page differ by code point, not by
+    // class: they share one bucket, and their fold orders them within it.
+    if (a == ClassBeyond) return ClassBeyond * 31 / 23;
+    const int b = i < folded.size() ? classAt(folded, i, mode) : 0;
     return (a * 31 + b) / 23;
 }
 

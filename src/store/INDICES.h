@@ -9,8 +9,17 @@
 //     equal slots of 0..MaxIndex, in the order of their folded titles.
 //  2. Placing a title decrypts only rows of its own bucket (a binary search),
 //     and rewrites rank numbers of that bucket only.
-//  3. Folding and bucketing work on the text as it will be stored (code
-//     page 1252), with the accented letters folded to their plain letter.
+//  3. Folding works on the typed text. A character of code page 1252 folds
+//     to its byte, letters upper case and the accented ones to their plain
+//     letter (Ärzte lies between apples and Avocado). A character outside
+//     the code page whose canonical decomposition is a letter of the code
+//     page with marks folds to that letter (Ś as S); any other (Ł, Cyrillic,
+//     Greek, emoji) folds to a mark above every code page byte and its code
+//     point, upper case, the base letter where the decomposition gives one
+//     (Ё beside Е): other scripts sort after A to Z, each in code point order.
+//  4. The bucket order agrees with the fold's: a title that begins beyond
+//     the code page lies in bucket 36, after every bucket of A to Y and
+//     with the titles of Z whose second letter is V or later.
 #pragma once
 
 #include <QByteArray>
@@ -33,9 +42,10 @@ struct ScatterRange {
 // The letter class of a character (1 to 26 for A to Z, accented letters as
 // their plain letter, 0 for anything else). Mode 1 sorts Å, Ä/Æ, Ö/Ø after Z.
 int SortLetter(QChar ch, int mode);
-// Accented letters folded and upper case, as code page 1252 bytes; compared bytewise.
+// Accented letters folded and upper case (invariant 3); compared bytewise.
 QByteArray SortFold(const QString &text);
-// Bucket of a folded text: (class of 1st x 31 + class of 2nd) \ 23.
+// Bucket of a folded text: (class of 1st x 31 + class of 2nd) \ 23, a
+// character beyond the code page of class 27 (invariant 4).
 int SortBucket(const QByteArray &folded, int mode);
 ScatterRange ScatterPoint(qint64 pos, qint64 count, qint64 low, qint64 high);
 qint32 BucketPoint(const QString &text);

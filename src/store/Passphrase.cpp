@@ -1,6 +1,5 @@
 #include "store/Passphrase.h"
 
-#include "platform/CodePage1252.h"
 #include "ui/Dialogs.h"
 #include "ui/LanguageUS.h"
 #include "store/CRY.h"
@@ -191,8 +190,10 @@ int FindUser() {
         if (record.empty()) continue;
         QStringList values(7);
         Record_Get::UnpackRecord(values, record);
+        // The hash and the sealed master key are byte texts: read as their bytes.
+        SecureBytes hash = Record_Get::ReadPackedBytes(record, 1);
+        SecureBytes sealedMaster = Record_Get::ReadPackedBytes(record, 2);
         CRY::WipeBytes(record);
-        SecureBytes hash = km::cp1252::toSecureBytes(values.at(1));
         const bool match = hash == passHash;
         km::wipe(hash);
         if (match) {
@@ -200,7 +201,6 @@ int FindUser() {
             user.RowId = rows->GetColumn("fPK").toLongLong();
             user.Number = values.at(0).toInt();
             user.PassHash = passHash;
-            SecureBytes sealedMaster = km::cp1252::toSecureBytes(values.at(2));
             user.SealedMaster = CRY::UnsealString(km::toQByteArray(sealedMaster), s.PassKey);
             km::wipe(sealedMaster);
             user.RightA = values.at(3) == QLatin1String("True");
@@ -212,6 +212,7 @@ int FindUser() {
                 km::wipe(slot);
             return 0;
         }
+        km::wipe(sealedMaster);
         for (QString &slot : values)
             km::wipe(slot);
     }

@@ -96,6 +96,14 @@ bool nextField(Bytes b, std::size_t &pos, PackedField &f) {
     return whole && f.type != 0 && (fixedWidth(f.type) != 0);
 }
 
+// The typed text of a text field's bytes (its stored form read back).
+QString typedText(const QByteArray &bytes) {
+    QString stored = km::cp1252::fromBytes(bytes);
+    QString text = StoredToText(stored);
+    if (text.constData() != stored.constData()) km::wipe(stored);
+    return text;
+}
+
 QString textOf(int type, const QByteArray &v) {
     switch (type) {
     case tBoolean:
@@ -118,7 +126,7 @@ QString textOf(int type, const QByteArray &v) {
         return DateText(MinutesToDate(BytesToInt(v)));
     case tText:
     case tMemo:
-        return km::cp1252::fromBytes(v);
+        return typedText(v);
     default:
         return QString();
     }
@@ -198,6 +206,13 @@ bool UnpackRecord(QStringList &values, const km::SecureBytes &clear) {
     return unpack(values, view(clear), growable);
 }
 
+km::SecureBytes ReadPackedBytes(const km::SecureBytes &clear, int index) {
+    const Bytes b = view(clear);
+    const auto f = findField(b, index);
+    if (!f || fixedWidth(f->type) >= 0) return {};
+    return km::SecureBytes(b.p + f->valueAt, b.p + f->valueAt + f->valueLength);
+}
+
 std::optional<QString> ReadPackedField(const QByteArray &clear, int index) {
     return readField(view(clear), index);
 }
@@ -215,8 +230,7 @@ QVariant UnpackValue(const QByteArray &data, int type) {
         PackedField f;
         std::size_t pos = 0;
         nextField(view(field), pos, f);
-        return km::cp1252::fromBytes(
-            field.mid(static_cast<qsizetype>(f.valueAt), static_cast<qsizetype>(f.valueLength)));
+        return typedText(field.mid(static_cast<qsizetype>(f.valueAt), static_cast<qsizetype>(f.valueLength)));
     }
     case tBoolean:
         return data.at(0) != 0;

@@ -7,7 +7,10 @@
 //   single, double     shortest text that converts back, "." as decimal point
 //   time fraction (22) the single as above
 //   date (8), minutes (25)  "yyyy-MM-dd HH:mm:ss", also at midnight
-//   texts              the text
+//   texts              the typed text, read back from its stored form
+//                      (CONVERSION::StoredToText)
+// A byte text kept in a text field (a hash, a sealed value, a rule string) is
+// read with ReadPackedBytes: its bytes are no stored form.
 #pragma once
 
 #include <optional>
@@ -33,6 +36,9 @@ bool UnpackRecord(QStringList &values, const km::SecureBytes &clear);
 // The value of one field of a clear packed record in the same text form, or
 // nothing if the record has no such field.
 std::optional<QString> ReadPackedField(const QByteArray &clear, int index);
+// The bytes of a text field (type 10 or 12) of a clear packed record as they
+// stand; empty if the record has no such text field.
+km::SecureBytes ReadPackedBytes(const km::SecureBytes &clear, int index);
 std::optional<QString> ReadPackedField(const km::SecureBytes &clear, int index);
 
 // The native value of value bytes of a type: null for "", QString for texts,

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "platform/CodePage1252.h"
+#include "platform/SecureBytes.h"
 #include "store/CONVERSION.h"
 
 namespace Record_Put {
@@ -102,9 +103,11 @@ QByteArray packText(const QVariant &v) {
         // Byte texts (hashes, sealed values) go in as they are.
         bytes = v.toByteArray().left(MaxTextLength);
     } else {
-        QString text = isEmptyValue(v) ? QString() : v.toString();
-        if (text.size() > MaxTextLength) text.truncate(MaxTextLength);
-        bytes = km::cp1252::toBytes(text);
+        // Typed text goes in in its stored form; the limit counts that form.
+        const QString text = isEmptyValue(v) ? QString() : v.toString();
+        QString stored = TextToStored(text, MaxTextLength);
+        bytes = km::cp1252::toBytes(stored);
+        if (stored.constData() != text.constData()) km::wipe(stored);
     }
     QByteArray out;
     const qsizetype n = bytes.size();

@@ -25,12 +25,16 @@ enum FieldType : int {
     tMinutes = 25, // DateToMinutes, 32-bit
 };
 
+// Bytes of a text field: a typed text's stored form (CONVERSION::TextToStored)
+// is cut to this length, before a character whose form would not fit whole.
 constexpr int MaxTextLength = 65000;
 
 // The type byte and the encoded value; "" for a type not in the table.
 // Values may be of their natural kind (bool, integers, double, QDateTime,
 // QDate, CONVERSION::Currency, QString) or the text form that UnpackRecord
-// gives back, so a record read and written again keeps its bytes.
+// gives back, so a record read and written again keeps its bytes. A QString
+// of a text type is typed text and goes in in its stored form; a QByteArray
+// (a hash, a sealed value, a rule string) goes in as its bytes.
 QByteArray PackValue(const QVariant &value, int type);
 
 // One field of a section's record layout.

@@ -1,6 +1,5 @@
 // The store file's life: create, open with its whole check sequence, repair,
 // compact, sweep and close.
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -99,7 +98,7 @@ int ChooseStoreFile() {
 
 int CreateStoreFile(const QString &path) {
     try {
-        QDir().mkpath(QFileInfo(path).absolutePath());
+        km::MakePrivateFolder(QFileInfo(path).absolutePath());
         km::StoreDb::CreateDatabase(path);
     } catch (const km::EngineError &e) {
         return e.number();

@@ -86,7 +86,8 @@ TEST(AppointmentRecord, PacksAndReadsBackEveryField) {
     r.ctlAppoEnd = -4940;
     r.ctlAlarmYN = 1;
     r.ctlAlarmTime = -5015;
-    r.ctlRedoString = QByteArray("\x0A\x20\xFF\x00\x20\x80\x20", 7); // blanks and high bytes at both ends
+    // Blanks and high bytes at both ends, and bytes that look like a reference.
+    r.ctlRedoString = QByteArray("\x0A\x20\xFF&#65;\x00\x20\x80\x20", 12);
     r.ctlSubject = QStringLiteral("Zahnärzt");
     r.ctlNotes = QStringLiteral("line 1\nline 2");
     const QByteArray packed = PackAppointment(r);

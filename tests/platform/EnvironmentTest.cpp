@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <QFile>
 #include <QLockFile>
 #include <QSettings>
@@ -69,6 +71,23 @@ TEST_F(SettingsFile, WritesAreReadBackAndStandInTheFileAtOnce) {
     const QByteArray text = raw.readAll();
     EXPECT_TRUE(text.contains("[Startup]"));
     EXPECT_TRUE(text.contains("MDI_Top=-120"));
+}
+
+TEST_F(SettingsFile, TheFileAndTheFolderMadeForItAreTheOwnersAlone) {
+    const auto modeOf = [](const QString &p) {
+        struct stat st {};
+        return ::stat(QFile::encodeName(p).constData(), &st) == 0 ? st.st_mode & 07777 : 0u;
+    };
+    const mode_t old = ::umask(022); // as where the program's start-up has set no mask
+    const QString nested = dir.filePath(QStringLiteral("Tavernholt/Kestrelmondarin.ini"));
+    SetSettingsFile(nested);
+    EXPECT_TRUE(RegWrite(QStringLiteral("User\\LastUser"), QStringLiteral("Admin")));
+    EXPECT_EQ(modeOf(nested), 0600u);
+    EXPECT_EQ(modeOf(dir.filePath(QStringLiteral("Tavernholt"))), 0700u);
+    EXPECT_TRUE(RegWriteDword(QStringLiteral("Startup\\MDI_Top"), 5));
+    EXPECT_EQ(modeOf(nested), 0600u) << "a rewrite keeps the mode";
+    ::umask(old);
+    EXPECT_EQ(RegRead(QStringLiteral("User\\LastUser")), QStringLiteral("Admin"));
 }
 
 TEST_F(SettingsFile, PathsOutsideTheProgramKeyAreRefused) {

@@ -362,3 +362,73 @@ TEST(ConversionHelpers, PathPartsAndHex) {
     EXPECT_EQ(BytesToHex(hex("00ab0f")), QStringLiteral("00AB0F"));
     EXPECT_EQ(BytesToHex(QByteArray()), QString());
 }
+
+// ---- Texts and their stored form ----
+
+TEST(ConversionStoredText, CharactersOutsideTheCodePageBecomeReferences) {
+    struct Case {
+        const char *name;
+        QString typed;
+        QString stored;
+    } cases[] = {
+        {"Polish", QStringLiteral("\u0141\u00f3d\u017a"), QStringLiteral("&#321;\u00f3d&#378;")},
+        {"Cyrillic", QStringLiteral("\u041f\u0440\u0438"), QStringLiteral("&#1055;&#1088;&#1080;")},
+        {"Greek", QStringLiteral("\u03a9 = 1"), QStringLiteral("&#937; = 1")},
+        {"emoji is one reference", QStringLiteral("a\U0001F600b"), QStringLiteral("a&#128512;b")},
+        {"last code point", QStringLiteral("\U0010FFFF"), QStringLiteral("&#1114111;")},
+        {"lone surrogate", QString(QChar(0xD83D)) + 'x', QStringLiteral("&#55357;x")},
+        {"typed reference", QStringLiteral("&#65;"), QStringLiteral("&#38;#65;")},
+        {"typed reference of a big number", QStringLiteral("x&#99999999;"),
+         QStringLiteral("x&#38;#99999999;")},
+        {"both", QStringLiteral("&#321;\u0141"), QStringLiteral("&#38;#321;&#321;")},
+    };
+    for (const Case &c : cases) {
+        EXPECT_EQ(TextToStored(c.typed), c.stored) << c.name;
+        EXPECT_EQ(StoredToText(c.stored), c.typed) << c.name;
+        for (QChar ch : TextToStored(c.typed))
+            EXPECT_TRUE(km::cp1252::holds(ch.unicode())) << c.name;
+    }
+}
+
+TEST(ConversionStoredText, CodePageTextsAndAmpersandsThatAreNoReferenceStayAsTheyAre) {
+    const QString texts[] = {QStringLiteral("M\u00fcllerstra\u00dfe \u20ac \u0178 \u00ff"),
+                             QStringLiteral("Tom & Jerry"),
+                             QStringLiteral("&#"),
+                             QStringLiteral("&#;"),
+                             QStringLiteral("&#x41;"),
+                             QStringLiteral("&#12"),
+                             QStringLiteral("& #65;"),
+                             QStringLiteral("&amp;"),
+                             QString()};
+    for (const QString &t : texts) {
+        const QString stored = TextToStored(t);
+        EXPECT_EQ(stored, t);
+        EXPECT_EQ(stored.constData(), t.constData()) << "no copy of a text that needs none";
+        EXPECT_EQ(StoredToText(t), t);
+    }
+}
+
+TEST(ConversionStoredText, ReferencesNotMadeHereReadAsTheirCharacterOrStay) {
+    EXPECT_EQ(StoredToText(QStringLiteral("&#65;&#38;&#0233;")), QStringLiteral("A&\u00e9"));
+    EXPECT_EQ(StoredToText(QStringLiteral("&#1114112; &#99999999999999999999;")),
+              QStringLiteral("&#1114112; &#99999999999999999999;"))
+        << "beyond the last code point is no reference";
+    EXPECT_EQ(StoredToText(QStringLiteral("&&#65;;")), QStringLiteral("&A;"));
+}
+
+TEST(ConversionStoredText, ACutKeepsReferencesWhole) {
+    const QString typed = QStringLiteral("ab\U0001F600c");
+    const struct {
+        qsizetype max;
+        QString stored;
+    } cuts[] = {{0, QString()},
+                {2, QStringLiteral("ab")},
+                {10, QStringLiteral("ab")},
+                {11, QStringLiteral("ab&#128512;")},
+                {12, QStringLiteral("ab&#128512;c")},
+                {99, QStringLiteral("ab&#128512;c")}};
+    for (const auto &c : cuts)
+        EXPECT_EQ(TextToStored(typed, c.max), c.stored) << c.max;
+    EXPECT_EQ(TextToStored(QStringLiteral("abc"), 2), QStringLiteral("ab"));
+    EXPECT_EQ(TextToStored(QStringLiteral("&#1;"), 4), QString()) << "its & takes five";
+}

@@ -42,6 +42,62 @@ TEST(SortFold, FoldsAccentsUpperCasesAndBuckets) {
         << "the largest class gives bucket 41";
 }
 
+TEST(SortFold, EveryCodePageCharacterFoldsToOneByteOfAtMost128) {
+    for (int b = 0; b < 256; ++b) {
+        const QByteArray f = SortFold(QString(km::cp1252::toChar(static_cast<unsigned char>(b))));
+        ASSERT_EQ(f.size(), 1) << b;
+        EXPECT_LE(static_cast<unsigned char>(f.at(0)), 128) << b;
+    }
+}
+
+TEST(SortFold, MarkedLettersBesideTheirBaseOtherScriptsAfterZ) {
+    // Each pair folds alike.
+    const struct {
+        const char *name;
+        QString a, b;
+    } alike[] = {
+        {"code page accent", QStringLiteral("\u00d3"), QStringLiteral("o")},
+        {"accent outside the code page", QStringLiteral("\u015a\u0105"), QStringLiteral("sa")},
+        {"mark typed apart", QStringLiteral("O\u0301"), QStringLiteral("\u00d3")},
+        {"two marks", QStringLiteral("\u1ec7"), QStringLiteral("E")},
+        {"Cyrillic case", QStringLiteral("\u043f\u0440\u0438"), QStringLiteral("\u041f\u0420\u0418")},
+        {"Cyrillic base", QStringLiteral("\u0401"), QStringLiteral("\u0415")},
+        {"Greek tonos", QStringLiteral("\u03ac"), QStringLiteral("\u0391")},
+    };
+    for (const auto &c : alike)
+        EXPECT_EQ(SortFold(c.a), SortFold(c.b)) << c.name;
+
+    EXPECT_NE(SortFold(QStringLiteral("\u0141")), SortFold(QStringLiteral("L")))
+        << "\u0141 has no decomposition";
+    EXPECT_EQ(SortFold(QStringLiteral("\U0001F600")), QByteArray("\xff\x01\xf6\x00", 4));
+
+    // Titles in the order a list shows them.
+    const QStringList ordered = {QStringLiteral("42 Street"),
+                                 QStringLiteral("apples"),
+                                 QStringLiteral("\u00c4rzte"),
+                                 QStringLiteral("Avocado"),
+                                 QStringLiteral("Sanduhr"),
+                                 QStringLiteral("\u015al\u0105sk"),
+                                 QStringLiteral("Szpak"),
+                                 QStringLiteral("Zebra"),
+                                 QStringLiteral("\u0141\u00f3d\u017a"),
+                                 QStringLiteral("\u0386\u03bb\u03c6\u03b1"),
+                                 QStringLiteral("\u03a9\u03bc\u03ad\u03b3\u03b1"),
+                                 QStringLiteral("\u0415\u0433\u043e"),
+                                 QStringLiteral("\u0401\u0436"),
+                                 QStringLiteral("\u0416\u0443\u043a"),
+                                 QStringLiteral("\U0001F600 smile")};
+    for (qsizetype i = 1; i < ordered.size(); ++i) {
+        const QByteArray a = SortFold(ordered[i - 1]), b = SortFold(ordered[i]);
+        EXPECT_LT(a, b) << i;
+        EXPECT_LE(SortBucket(a, 0), SortBucket(b, 0)) << i;
+    }
+    EXPECT_EQ(SortBucket(SortFold(QStringLiteral("\u0416")), 0), 36);
+    EXPECT_EQ(SortBucket(SortFold(QStringLiteral("Zz")), 0), 36);
+    EXPECT_EQ(SortBucket(SortFold(QStringLiteral("A\u0416")), 0),
+              SortBucket(SortFold(QStringLiteral("Az")), 0));
+}
+
 TEST(ScatterPoint, PointsLieInTheirSlotsAndStayWithin32Bits) {
     for (int pos = 0; pos < 42; ++pos) {
         for (int k = 0; k < 50; ++k) {
@@ -138,6 +194,25 @@ TEST_F(SortedSectionTest, TitlesAddedInAnyOrderListSorted) {
         for (const QString &t : titles)
             all << t + QString(round, 'x');
     EXPECT_EQ(folded(list()), folded(expectedOrder(all)));
+}
+
+TEST_F(SortedSectionTest, TitlesOfOtherScriptsListAfterTheLatinOnes) {
+    const QStringList ordered = {QStringLiteral("apples"),
+                                 QStringLiteral("\u00c4rzte"),
+                                 QStringLiteral("Avocado"),
+                                 QStringLiteral("\u015al\u0105sk"),
+                                 QStringLiteral("Szpak"),
+                                 QStringLiteral("Zz top"),
+                                 QStringLiteral("\u0141\u00f3d\u017a"),
+                                 QStringLiteral("\u03a9\u03bc\u03ad\u03b3\u03b1"),
+                                 QStringLiteral("\u0401\u0436"),
+                                 QStringLiteral("\u0416\u0443\u043a"),
+                                 QStringLiteral("\U0001F600")};
+    QStringList shuffled = ordered;
+    std::shuffle(shuffled.begin(), shuffled.end(), std::mt19937(11));
+    for (const QString &t : shuffled)
+        save(0, t);
+    EXPECT_EQ(list(), ordered);
 }
 
 TEST_F(SortedSectionTest, FirstRowsAndInsertsBetweenNeighbours) {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <sqlite3.h>
+#include <sys/stat.h>
 
 #include <QSettings>
 
@@ -254,6 +255,65 @@ TEST_F(LifecycleTest, CompactingKeepsEveryRowAndTheStoreOpens) {
     ASSERT_EQ(open(Pass), 0);
     EXPECT_EQ(memoTitles(), titles);
     EXPECT_FALSE(titles.isEmpty());
+}
+
+// ---- File modes ----
+
+namespace {
+
+unsigned modeOf(const QString &file) {
+    struct stat st {};
+    return ::stat(QFile::encodeName(file).constData(), &st) == 0 ? st.st_mode & 07777 : 0;
+}
+
+// The process's file mode mask for the time of a test.
+struct Umask {
+    mode_t old;
+    explicit Umask(mode_t mask) : old(::umask(mask)) {}
+    ~Umask() { ::umask(old); }
+};
+
+} // namespace
+
+TEST_F(LifecycleTest, TheStoreItsLogItsCopiesItsFolderAndTheSettingsAreTheOwnersAlone) {
+    // A mask that lets others read, as where the program's start-up has not
+    // set one: the store's own code makes these files private.
+    const Umask lax(022);
+    path = dir.filePath("Kestrelmondarin/Data/Personal.kmd");
+    ASSERT_EQ(create(Pass), 0);
+    addMemos(60);
+    EXPECT_EQ(modeOf(dir.filePath("Kestrelmondarin")), 0700u);
+    EXPECT_EQ(modeOf(dir.filePath("Kestrelmondarin/Data")), 0700u);
+    EXPECT_EQ(modeOf(path), 0600u);
+    ASSERT_TRUE(QFile::exists(path + "-wal"));
+    EXPECT_EQ(modeOf(path + "-wal"), 0600u);
+    if (QFile::exists(path + "-shm")) {
+        EXPECT_EQ(modeOf(path + "-shm"), 0600u);
+    }
+
+    db::CloseStore();
+    km::CompactInPlace(path);
+    EXPECT_EQ(modeOf(path), 0600u) << "the compacted copy that takes the store's place";
+    db::SaveRecentFiles();
+    EXPECT_EQ(modeOf(settingsFile), 0600u);
+
+    // A store that an earlier version left readable by others is private
+    // once it is opened for writing, and so is its log.
+    ASSERT_EQ(::chmod(QFile::encodeName(path).constData(), 0644), 0);
+    ASSERT_EQ(open(Pass), 0);
+    EXPECT_EQ(modeOf(path), 0600u);
+    EXPECT_EQ(modeOf(path + "-wal"), 0600u);
+    db::CloseStore();
+
+    // Repair: the rebuilt store and the damaged one put aside.
+    QByteArray bytes = fileBytes();
+    bytes.truncate(bytes.size() * 2 / 3);
+    writeFile(path, bytes);
+    ASSERT_EQ(::chmod(QFile::encodeName(path).constData(), 0644), 0);
+    db::state().DatabasePath = path;
+    ASSERT_EQ(db::RepairStore(), 0);
+    EXPECT_EQ(modeOf(path), 0600u);
+    EXPECT_EQ(modeOf(path + ".damaged"), 0600u);
 }
 
 // ---- The duplicate sweep ----

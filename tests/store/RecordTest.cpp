@@ -67,6 +67,39 @@ TEST(PackValue, TextLengthsAndTheCut) {
     EXPECT_EQ(full.left(4), hex("0cffe8fd"));
     EXPECT_EQ(full.size(), 4 + 65000);
     EXPECT_EQ(PackValue(QString(65001, 'x'), tMemo), full) << "the 65001st character is cut";
+
+    // The limit counts the stored form, and a reference is never cut apart:
+    // 7222 emoji of nine bytes each fit, the 7223rd does not.
+    QString emoji;
+    for (int i = 0; i < 8000; ++i)
+        emoji += QStringLiteral("\U0001F600");
+    const QByteArray packed = PackValue(emoji, tMemo);
+    EXPECT_EQ(packed.size(), 4 + 7222 * 9);
+    EXPECT_EQ(UnpackTypedValue(packed).toString(), emoji.left(2 * 7222));
+}
+
+TEST(PackValue, TypedTextsKeepEveryCharacterAndByteTextsTheirBytes) {
+    const struct {
+        const char *name;
+        QString typed;
+        QByteArray stored;
+    } cases[] = {
+        {"code page", QStringLiteral("\u00c4rzte & Caf\u00e9 \u20ac"), QByteArray("\xc4rzte & Caf\xe9 \x80")},
+        {"Polish", QStringLiteral("\u0141\u00f3d\u017a"),
+         QByteArray("&#321;\xf3"
+                    "d&#378;")},
+        {"Cyrillic", QStringLiteral("\u0416\u0443\u043a"), QByteArray("&#1046;&#1091;&#1082;")},
+        {"Greek", QStringLiteral("\u0391\u03bb\u03c6\u03b1"), QByteArray("&#913;&#955;&#966;&#945;")},
+        {"emoji", QStringLiteral("ok \U0001F600"), QByteArray("ok &#128512;")},
+        {"typed reference", QStringLiteral("&#65;"), QByteArray("&#38;#65;")},
+    };
+    for (const auto &c : cases) {
+        const QByteArray packed = PackValue(c.typed, tText);
+        EXPECT_EQ(packed, QByteArray(1, char(tText)) + char(c.stored.size()) + c.stored) << c.name;
+        EXPECT_EQ(UnpackTypedValue(packed).toString(), c.typed) << c.name;
+    }
+    const QByteArray bytes("&#65;\xff", 6);
+    EXPECT_EQ(PackValue(bytes, tText), QByteArray("\x0a\x06", 2) + bytes) << "a byte text goes in as it is";
 }
 
 class UnpackTest : public ::testing::Test {
@@ -119,6 +152,34 @@ TEST_F(UnpackTest, SlotsHoldTheStableTextForms) {
     QStringList decrypted;
     ASSERT_TRUE(UnpackRecord(decrypted, CRY::EncryptField(packed), true));
     EXPECT_EQ(decrypted, expected);
+}
+
+TEST_F(UnpackTest, TypedTextsRoundTripThroughTheCipher) {
+    const QStringList typed = {
+        QStringLiteral("\u0141\u00f3d\u017a \u2192 \u041f\u0440\u0438\u0432\u0435\u0442 \U0001F600"),
+        QStringLiteral("\u0395\u03bb\u03bb\u03ac\u03b4\u03b1"), QStringLiteral("&#65; stays &#65;"),
+        QStringLiteral("\u00c4rzte")};
+    const QList<Field> texts = {{0, tText}, {1, tMemo}, {2, tText}, {3, tMemo}};
+    const QByteArray packed = PackRecord(texts, {typed[0], typed[1], typed[2], typed[3]});
+    QStringList values;
+    ASSERT_TRUE(UnpackRecord(values, CRY::EncryptField(packed), true));
+    EXPECT_EQ(values, typed);
+    QVariantList again;
+    for (const QString &v : values)
+        again.append(v);
+    EXPECT_EQ(PackRecord(texts, again), packed) << "read and written again, the record keeps its bytes";
+    for (int i = 0; i < typed.size(); ++i)
+        EXPECT_EQ(ReadPackedField(packed, i).value_or(QString()), typed[i]);
+}
+
+TEST_F(UnpackTest, ByteTextsInTextFieldsAreReadAsTheirBytes) {
+    const QByteArray hashLike("\x01&#65;\x80 ", 8);
+    const km::SecureBytes clear = km::toSecureBytes(
+        PackRecord({{0, tByte}, {1, tText}, {2, tMemo}}, {7, hashLike, QStringLiteral("&#65;")}));
+    EXPECT_EQ(km::toQByteArray(ReadPackedBytes(clear, 1)), hashLike);
+    EXPECT_EQ(km::toQByteArray(ReadPackedBytes(clear, 2)), QByteArray("&#38;#65;"));
+    EXPECT_TRUE(ReadPackedBytes(clear, 0).empty()) << "a byte field is no text";
+    EXPECT_TRUE(ReadPackedBytes(clear, 5).empty());
 }
 
 TEST_F(UnpackTest, EmptyAndShortRecords) {

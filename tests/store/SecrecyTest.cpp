@@ -4,6 +4,7 @@
 #include <QFile>
 
 #include "platform/CodePage1252.h"
+#include "store/CONVERSION.h"
 #include "store/Record_Put.h"
 #include "support/StoreFixture.h"
 
@@ -17,13 +18,18 @@ QList<QByteArray> forms(const QString &word) {
         utf16.append(static_cast<char>(c.unicode() & 0xFF));
         utf16.append(static_cast<char>(c.unicode() >> 8));
     }
-    return {km::cp1252::toBytes(word), word.toUtf8(), utf16, km::cp1252::toBytes(word.toUpper())};
+    return {km::cp1252::toBytes(word), word.toUtf8(), utf16, km::cp1252::toBytes(word.toUpper()),
+            km::cp1252::toBytes(CONVERSION::TextToStored(word))};
 }
 
 } // namespace
 
 TEST_F(SecrecyTest, KnownWordsWrittenThroughTheStandardWriteAreNotInTheFile) {
-    const QStringList words = {"Kohlrabisuppe", "Zugangscode7781", "M\u00fcllerstra\u00dfe", "Ordnungsamt"};
+    const QStringList words = {
+        "Kohlrabisuppe",           "Zugangscode7781",
+        "M\u00fcllerstra\u00dfe",  "Ordnungsamt",
+        "\u0141\u00f3d\u017askie", "\u041f\u0440\u0438\u0432\u0435\u0442\u0441\u0442\u0432\u0438\u0435",
+        "Kuchen\U0001F600Teller"};
     for (int i = 0; i < 200; ++i) {
         const QString title = words.at(i % words.size()) + QString::number(i % 3);
         db::StandardWrite w(store(), 0, 14);
