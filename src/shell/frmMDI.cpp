@@ -7,10 +7,12 @@
 //      clipboard wiped and the process ended.
 #include "shell/frmMDI.h"
 
+#include <set>
+
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
-#include <set>
 
 #include "platform/Clock.h"
 #include "platform/EngineMaintenance.h"

@@ -1,5 +1,6 @@
 // The store file's life: create, open with its whole check sequence, repair,
 // compact, sweep and close.
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
