@@ -1,5 +1,6 @@
 #include "gui/Controls.h"
 
+#include <QPlainTextEdit>
 #include <QSignalBlocker>
 
 namespace km::gui {
@@ -33,10 +34,20 @@ void drawCombo(QComboBox *widget, const ComboBox &model) {
     if (widget->isEditable()) drawText(widget->lineEdit(), model.Text());
 }
 
-void drawText(QLineEdit *widget, const QString &text) {
-    if (widget->text() == text) return;
+bool drawText(QLineEdit *widget, const QString &text) {
+    if (widget->text() == text) return false;
     const QSignalBlocker block(widget);
     widget->setText(text);
+    return true;
+}
+
+void onTextTyped(QLineEdit *box, std::function<void(const QString &)> changed) {
+    QObject::connect(box, &QLineEdit::textChanged, box, std::move(changed));
+}
+
+void onTextTyped(QPlainTextEdit *box, std::function<void(const QString &)> changed) {
+    QObject::connect(box, &QPlainTextEdit::textChanged, box,
+                     [box, changed = std::move(changed)] { changed(box->toPlainText()); });
 }
 
 } // namespace km::gui

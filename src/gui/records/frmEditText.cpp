@@ -22,10 +22,8 @@ frmEditText::frmEditText(km::frmEditText &model, QWidget *parent)
     layout->addLayout(buttonRow(nullptr));
     resize(520, 420);
 
-    connect(txtSubject, &QLineEdit::textChanged, this,
-            [this](const QString &text) { edited([&] { m_model.txtSubject = text; }); });
-    connect(txt, &QPlainTextEdit::textChanged, this,
-            [this] { edited([this] { m_model.txt = txt->toPlainText(); }); });
+    onTextTyped(txtSubject, [this](const QString &text) { edited([&] { m_model.txtSubject = text; }); });
+    onTextTyped(txt, [this](const QString &text) { edited([&] { m_model.txt = text; }); });
     txt->setFocus();
 }
 

@@ -41,7 +41,7 @@ frmPW::frmPW(km::frmPW &model, QWidget *parent) : ModelDialog(model, parent), m_
     layout->addWidget(buttons);
     setMinimumWidth(380);
 
-    connect(txtInput, &QLineEdit::textChanged, this, [this](const QString &text) {
+    onTextTyped(txtInput, [this](const QString &text) {
         command([&] {
             m_model.txtInput = text;
             m_model.txtInput_Change();
