@@ -34,6 +34,21 @@ QString KeyToText(int vk, bool upper) {
     return QString();
 }
 
+bool IsEditCommand(const KeyEvent &event) {
+    if (!event.ctrlDown || event.message != KeyDown) return false;
+    switch (event.vkCode) {
+    case VkX:
+    case VkC:
+    case VkV:
+    case VkA:
+    case VkZ:
+    case VkY:
+        return true;
+    default:
+        return false;
+    }
+}
+
 bool CapsLockIsOn(qint16 keyState) {
     return keyState == 1 || keyState == -127;
 }
@@ -57,10 +72,9 @@ ShieldAction ShieldKeyProc(const KeyEvent &event, const TextControl *focused) {
         s.upperCase = s.capsOn != s.shiftDown;
         isText = IsTextKey(s.vkCode);
     }
-    if (event.ctrlDown && event.message == KeyDown &&
-        (s.vkCode == VkX || s.vkCode == VkC || s.vkCode == VkV)) {
+    if (event.code == 0 && IsEditCommand(event)) {
         isText = false;
-        a.armWipe = true;
+        a.armWipe = event.vkCode == VkX || event.vkCode == VkC || event.vkCode == VkV;
     }
     if (!isText) return a;
     if (event.message != KeyDown) return a;

@@ -15,10 +15,12 @@
 //  1. Shift is tracked by its own key events (left and right share one flag, so
 //     releasing either clears it); upper case is caps lock Xor Shift, for every
 //     key, so with caps lock on a digit gives its shifted sign.
-//  2. Ctrl+X, Ctrl+C, Ctrl+V on key down arm the wipe and pass on.
+//  2. Ctrl+X, Ctrl+C, Ctrl+V on key down arm the wipe and pass on. Ctrl+A,
+//     Ctrl+Z and Ctrl+Y (with Shift or without) pass on too: the text box's
+//     own select all, undo and redo, which put nothing anywhere else.
 //  3. A text key on key down is swallowed and written over the selection of the
-//     focused text box, the caret behind it. Ctrl with another text key is no
-//     command: Ctrl+A writes "a". With no text box in focus the key is gone.
+//     focused text box, the caret behind it. Ctrl with any other text key is
+//     no command: Ctrl+B writes "b". With no text box in focus the key is gone.
 //  4. Key up of a text key, Alt combinations and every other key pass on.
 #pragma once
 
@@ -36,9 +38,12 @@ enum VirtualKey {
     VkCtrl = 17,
     VkCapsLock = 20,
     VkSpace = 32,
+    VkA = 65,
     VkC = 67,
     VkV = 86,
     VkX = 88,
+    VkY = 89,
+    VkZ = 90,
     VkLeftShift = 160,
     VkRightShift = 161,
     VkOem102 = 226,
@@ -79,6 +84,9 @@ State &state();
 
 // Whether the key is one the shield takes over.
 bool IsTextKey(int vk);
+// Rule 2: Ctrl with X, C, V, A, Z or Y on key down, a command of the text box
+// that passes on (and, for the first three, arms the wipe), not a character.
+bool IsEditCommand(const KeyEvent &event);
 // The character of a key with Shift up or down on the base layout; empty for a
 // key that gives none. Only Shift counts: no dead keys, no AltGr layer.
 QString KeyToText(int vk, bool upper);

@@ -61,7 +61,13 @@ TEST_F(ShieldTest, TextKeysAreWrittenOverTheSelectionWithTheCaretBehind) {
          {down(186), down(VkRightShift), down(222), down(226)},
          ";\"|",
          3},
-        {"Ctrl with a letter is no command", {"x", 1, 0}, {down('A', true), down('Z', true)}, "xaz", 3},
+        {"Ctrl with another letter is no command", {"x", 1, 0}, {down('B', true), down('Q', true)}, "xbq", 3},
+        {"select all, undo and redo write nothing",
+         {"x", 1, 0},
+         {down(VkA, true), down(VkZ, true), down(VkLeftShift), down(VkZ, true), up(VkLeftShift),
+          down(VkY, true)},
+         "x",
+         1},
     };
     for (const Case &c : cases) {
         state() = {};
@@ -91,6 +97,12 @@ TEST_F(ShieldTest, WhatIsSwallowedWhatPassesAndWhatArmsTheWipe) {
         {"Ctrl+X", down(VkX, true), false, false, true},
         {"Ctrl+V", down(VkV, true), false, false, true},
         {"Ctrl+C released", up(VkC, true), false, false, false},
+        {"Ctrl+A is the box's select all", down(VkA, true), false, false, false},
+        {"Ctrl+Z is the box's undo", down(VkZ, true), false, false, false},
+        {"Ctrl+Y is the box's redo", down(VkY, true), false, false, false},
+        {"Ctrl+B writes b", down('B', true), true, true, false},
+        {"Ctrl+1 writes 1", down('1', true), true, true, false},
+        {"Alt+Ctrl+A is no edit command", KeyEvent{0, SysKeyDown, VkA, true}, false, false, false},
         {"another code", KeyEvent{1, KeyDown, 'K'}, false, false, false},
     };
     for (const Case &c : cases) {

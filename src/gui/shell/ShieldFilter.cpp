@@ -47,14 +47,16 @@ SHIELD::TextControl readControl(QWidget *box) {
     return c;
 }
 
+// The character goes in as the box's own insert over the selection, the same
+// text as the decision's, so that the box's undo and redo know it and its
+// change signal fires as for a typed key. A text edit keeps its document, its
+// formatting and the view's position.
 void writeControl(QWidget *box, const SHIELD::TextControl &before, const SHIELD::ShieldAction &a) {
     if (auto *line = qobject_cast<QLineEdit *>(box)) {
-        line->setText(a.control.Text);
-        line->setCursorPosition(a.control.SelStart);
+        line->setSelection(before.SelStart, before.SelLength);
+        line->insert(a.text);
         return;
     }
-    // A text edit keeps its document: the same write as a cursor insert over
-    // the selection, so formatting and the view's position stay.
     auto *text = qobject_cast<QTextEdit *>(box);
     auto *plain = qobject_cast<QPlainTextEdit *>(box);
     QTextCursor cursor = text ? text->textCursor() : plain->textCursor();
@@ -135,11 +137,10 @@ private:
         const SHIELD::KeyEvent e = eventOf(*ke);
         if (ke->type() == QEvent::ShortcutOverride) {
             // A text key is the text box's, never a shortcut's; Alt keys stay
-            // access keys, Ctrl+X, C and V the box's own commands.
-            const bool clipboardKey =
-                e.ctrlDown && (e.vkCode == SHIELD::VkX || e.vkCode == SHIELD::VkC || e.vkCode == SHIELD::VkV);
+            // access keys, the edit commands (Ctrl+X, C, V, A, Z, Y) go their
+            // usual way.
             if (m_hook.installed != SHIELD::HookProc::Shield || e.message != SHIELD::KeyDown ||
-                !SHIELD::IsTextKey(e.vkCode) || clipboardKey)
+                !SHIELD::IsTextKey(e.vkCode) || SHIELD::IsEditCommand(e))
                 return false;
             ke->accept();
             return true;

@@ -7,7 +7,8 @@
 // hidden and comes back when it is active again. On Wayland a client cannot
 // grab the keyboard, and needs not: the compositor sends keys only to the
 // focused surface, so other programs never see them. Ctrl+X, C and V arm the
-// clipboard wipe and then work as usual.
+// clipboard wipe and then work as usual; Ctrl+A, Z and Y are the box's own
+// select all, undo and redo.
 #pragma once
 
 class QKeyEvent;
