@@ -118,7 +118,7 @@ void SortedSectionModel::askStoreChanged() {
 }
 
 void SortedSectionModel::paneEdited() {
-    if (RowId != 0 || newRecord) recordChanged = true;
+    if (paneEditable()) recordChanged = true;
 }
 
 void SortedSectionModel::clearPane() {

@@ -115,6 +115,9 @@ public:
     // Deletes the selected record after the section's question; without a
     // selection the section's own message, if it has one.
     void cmdDelete_Click();
+    // Whether the pane shows a record that an edit in place can change: a
+    // stored one or a new one. With neither, the pane's fields take nothing.
+    bool paneEditable() const { return RowId != 0 || newRecord; }
     // A field of the pane was edited in place (the widget calls it after
     // writing the field's new text into the model).
     void paneEdited();

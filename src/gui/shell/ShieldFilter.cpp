@@ -77,7 +77,9 @@ void armWipe() {
 
 class ShieldFilter : public QObject {
 public:
-    ShieldFilter(QWidget *window, SHIELD::HookProc atLoad) : QObject(window), m_window(window) {
+    // root: a whole top-level window, or a part of one (whole false).
+    ShieldFilter(QWidget *root, SHIELD::HookProc atLoad, bool whole)
+        : QObject(root), m_root(root), m_whole(whole) {
         SHIELD::HookAtLoad(m_hook, atLoad);
         qApp->installEventFilter(this);
     }
@@ -85,10 +87,11 @@ public:
 
 protected:
     bool eventFilter(QObject *obj, QEvent *ev) override {
-        if (m_window.isNull()) return false;
+        if (m_root.isNull()) return false;
         // One filter on the application sees the window's own events and
         // those of its controls alike.
-        if (obj == m_window.data()) frontChange(ev->type());
+        QWidget *window = m_root->window();
+        if (obj == window) frontChange(ev->type());
         switch (ev->type()) {
         case QEvent::KeyPress:
         case QEvent::KeyRelease:
@@ -97,13 +100,17 @@ protected:
         default:
             return false;
         }
-        if (m_forwarding || !obj->isWidgetType() || !m_window->isActiveWindow()) return false;
-        if (static_cast<QWidget *>(obj)->window() != m_window.data()) return false;
+        if (m_forwarding || !obj->isWidgetType() || !window->isActiveWindow()) return false;
+        if (!covers(static_cast<QWidget *>(obj))) return false;
         if (m_hook.installed == SHIELD::HookProc::None) return false;
         return key(static_cast<QWidget *>(obj), static_cast<QKeyEvent *>(ev));
     }
 
 private:
+    bool covers(const QWidget *w) const {
+        return m_whole ? w->window() == m_root.data() : w == m_root.data() || m_root->isAncestorOf(w);
+    }
+
     void frontChange(QEvent::Type type) {
         if (type == QEvent::WindowActivate)
             SHIELD::TimerHook(m_hook, true);
@@ -111,11 +118,12 @@ private:
             SHIELD::TimerHook(m_hook, false);
         else
             return;
+        if (!m_whole) return;
         const bool grab = m_hook.installed == SHIELD::HookProc::Shield;
-        if (grab && QWidget::keyboardGrabber() != m_window.data())
-            m_window->grabKeyboard();
-        else if (!grab && QWidget::keyboardGrabber() == m_window.data())
-            m_window->releaseKeyboard();
+        if (grab && QWidget::keyboardGrabber() != m_root.data())
+            m_root->grabKeyboard();
+        else if (!grab && QWidget::keyboardGrabber() == m_root.data())
+            m_root->releaseKeyboard();
     }
 
     SHIELD::KeyEvent eventOf(const QKeyEvent &ke) {
@@ -145,7 +153,10 @@ private:
             ke->accept();
             return true;
         }
-        QWidget *focus = m_window->focusWidget() ? m_window->focusWidget() : m_window.data();
+        QWidget *window = m_root->window();
+        QWidget *focus = window->focusWidget() ? window->focusWidget() : window;
+        // A part of a window guards its own controls only.
+        if (!m_whole && !covers(focus)) return false;
         if (m_hook.installed == SHIELD::HookProc::Watch) {
             if (SHIELD::WatchKeyProc(e).armWipe) armWipe();
             return false;
@@ -161,7 +172,7 @@ private:
         // Numbers and dates in a spin box hold no secret; swallowing their
         // digits would only make them untypeable.
         if (a.swallow && !qobject_cast<QAbstractSpinBox *>(focus)) return true;
-        if (receiver == m_window.data() && focus != m_window.data()) {
+        if (m_whole && receiver == m_root.data() && focus != m_root.data()) {
             // Under the grab every key arrives at the window itself: hand the
             // rest to the control that has the focus (or an open popup).
             QWidget *target = QApplication::activePopupWidget() ? QApplication::activePopupWidget() : focus;
@@ -173,7 +184,8 @@ private:
         return false;
     }
 
-    QPointer<QWidget> m_window;
+    QPointer<QWidget> m_root;
+    bool m_whole = true;
     SHIELD::WindowHook m_hook;
     bool m_capsOn = false;
     bool m_forwarding = false;
@@ -223,11 +235,15 @@ void SetShieldShell(Shell *shell) {
 }
 
 void InstallShield(QWidget *window) {
-    if (window) new ShieldFilter(window, SHIELD::HookProc::Shield);
+    if (window) new ShieldFilter(window, SHIELD::HookProc::Shield, true);
+}
+
+void InstallPaneShield(QWidget *pane) {
+    if (pane) new ShieldFilter(pane, SHIELD::HookProc::Shield, false);
 }
 
 void InstallWatch(QWidget *window) {
-    if (window) new ShieldFilter(window, SHIELD::HookProc::Watch);
+    if (window) new ShieldFilter(window, SHIELD::HookProc::Watch, true);
 }
 
 int VirtualKeyOf(const QKeyEvent &event) {

@@ -26,6 +26,16 @@ void SetShieldShell(Shell *shell);
 
 // Puts the shield on window for its whole life (the filter dies with it).
 void InstallShield(QWidget *window);
+// Puts the shield on a part of a window for the part's whole life: a
+// section's detail pane, where records are edited in place inside the main
+// window. It takes the text keys whose receiver is the pane or one of its
+// controls while the window is active; the rest of the window keeps its keys
+// (the list's type-ahead, the menus' shortcuts). The pane holds no keyboard
+// grab: the grab is a whole window's and would take the list's and the
+// menus' keys too. So in the pane no widget, shortcut or input method of this
+// program sees a typed character, but on X11 a client that reads the whole
+// keyboard could; the dialogs, the passphrase's among them, keep the grab.
+void InstallPaneShield(QWidget *pane);
 // The address window's variant: at first it only watches Ctrl+X and Ctrl+C to
 // arm the wipe; once it has been out of front and comes back it carries the
 // full shield.
