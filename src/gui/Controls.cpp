@@ -1,9 +1,31 @@
 #include "gui/Controls.h"
 
+#include <QKeyEvent>
 #include <QPlainTextEdit>
 #include <QSignalBlocker>
 
 namespace km::gui {
+
+namespace {
+
+const char *const kRecordValue = "kmRecordValue";
+
+// The keys of a record field that belong to the window's Edit menu.
+class RecordFieldKeys : public QObject {
+public:
+    using QObject::QObject;
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override {
+        if (event->type() != QEvent::ShortcutOverride) return false;
+        const auto *key = static_cast<QKeyEvent *>(event);
+        // Not taken: the key goes on to the window's shortcuts, and comes to
+        // the box as a key press only when none of them has it.
+        return key->matches(QKeySequence::Copy) || key->matches(QKeySequence::Cut);
+    }
+};
+
+} // namespace
 
 void drawList(QListWidget *widget, const ListBox &model) {
     const QSignalBlocker block(widget);
@@ -48,6 +70,15 @@ void onTextTyped(QLineEdit *box, std::function<void(const QString &)> changed) {
 void onTextTyped(QPlainTextEdit *box, std::function<void(const QString &)> changed) {
     QObject::connect(box, &QPlainTextEdit::textChanged, box,
                      [box, changed = std::move(changed)] { changed(box->toPlainText()); });
+}
+
+void showsRecordValue(QWidget *field) {
+    field->setProperty(kRecordValue, true);
+    field->installEventFilter(new RecordFieldKeys(field));
+}
+
+bool isRecordValue(const QWidget *field) {
+    return field && field->property(kRecordValue).toBool();
 }
 
 } // namespace km::gui

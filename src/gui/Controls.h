@@ -31,4 +31,14 @@ bool drawText(QLineEdit *widget, const QString &text);
 void onTextTyped(QLineEdit *box, std::function<void(const QString &)> changed);
 void onTextTyped(QPlainTextEdit *box, std::function<void(const QString &)> changed);
 
+// Marks a line or text box that shows a record's value (a detail pane's, an
+// editor's). Its Ctrl+C and Ctrl+X are not the box's own but those of the
+// window's Edit menu where it has one (the main window's): the program's one
+// Copy, which marks the text secret and arms the clipboard wipe, and which
+// takes the whole value when nothing is selected and always the whole of a
+// masked one (ActiveControl::recordValue). In a dialog the box's own remain,
+// under the shield's arming of the wipe.
+void showsRecordValue(QWidget *field);
+bool isRecordValue(const QWidget *field);
+
 } // namespace km::gui

@@ -106,6 +106,12 @@ struct ActiveControl {
     QString text;
     int selStart = 0;
     int selLength = 0;
+    // A field that shows a record's value (a section's detail pane): Copy with
+    // nothing selected takes its whole value, as the field's own Copy does.
+    bool recordValue = false;
+    // Its value is drawn as dots: Copy takes all of it, never a part the
+    // person cannot see.
+    bool masked = false;
     QString selectedText() const { return text.mid(selStart, selLength); }
 };
 

@@ -155,6 +155,41 @@ TEST_F(ClipboardTest, ASectionsCopyIsTheProgramsCopy) {
     EXPECT_TRUE(clip.current.isEmpty());
 }
 
+// Copy from a field that shows a record's value takes all of it unless part
+// is selected; from a masked one always all of it. Cut takes what Copy took.
+TEST_F(ClipboardTest, ARecordFieldCopiesItsWholeValueUnlessPartIsSelected) {
+    struct Case {
+        const char *name;
+        ActiveControl control;
+        bool cut;
+        QString copied, left;
+    };
+    const auto field = [](int start, int length, bool record, bool masked) {
+        ActiveControl c{true, QStringLiteral("hunter2"), start, length};
+        c.recordValue = record;
+        c.masked = masked;
+        return c;
+    };
+    const std::vector<Case> cases = {
+        {"a text box with nothing selected copies nothing", field(3, 0, false, false), false, "", "hunter2"},
+        {"a record field with nothing selected", field(3, 0, true, false), false, "hunter2", "hunter2"},
+        {"a record field's selected part", field(0, 6, true, false), false, "hunter", "hunter2"},
+        {"a masked field's part selected", field(0, 6, true, true), false, "hunter2", "hunter2"},
+        {"Cut of a masked field", field(2, 1, true, true), true, "hunter2", ""},
+        {"Cut of a record field's part", field(6, 1, true, false), true, "2", "hunter"},
+    };
+    for (Case c : cases) {
+        SCOPED_TRACE(c.name);
+        clip.current.clear();
+        w->timerClipboard.setEnabled(false);
+        c.cut ? w->mnuEditCut_Click(c.control) : w->mnuEditCopy_Click(c.control);
+        EXPECT_EQ(clip.current, c.copied);
+        EXPECT_EQ(c.control.text, c.left);
+        EXPECT_TRUE(w->timerClipboard.Enabled);
+    }
+    EXPECT_TRUE(clip.allSecret);
+}
+
 TEST_F(ClipboardTest, PasteReplacesTheSelection) {
     clip.current = QStringLiteral("XY");
     ActiveControl control{true, QStringLiteral("abcdef"), 2, 2};

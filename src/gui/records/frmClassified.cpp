@@ -82,6 +82,7 @@ frmClassified::frmClassified(km::frmClassified &model, QWidget *parent)
         lblTxt[i] = new QLabel(pane);
         txtCtl[i] = new QLineEdit(pane);
         txtCtl[i]->setContextMenuPolicy(Qt::CustomContextMenu);
+        showsRecordValue(txtCtl[i]);
         fields->addWidget(lblTxt[i], i, 0);
         fields->addWidget(txtCtl[i], i, 1);
         connect(txtCtl[i], &QWidget::customContextMenuRequested, this,
@@ -95,6 +96,7 @@ frmClassified::frmClassified(km::frmClassified &model, QWidget *parent)
     txtNotes = new QPlainTextEdit(pane);
     txtNotes->setTabChangesFocus(true);
     txtNotes->setContextMenuPolicy(Qt::CustomContextMenu);
+    showsRecordValue(txtNotes);
     connect(txtNotes, &QWidget::customContextMenuRequested, this, [this](const QPoint &pos) {
         // The position is the viewport's, inside the frame.
         offerCopy(txtNotes->viewport(), km::frmClassified::notes, pos);

@@ -46,6 +46,8 @@ frmNotepad::frmNotepad(km::frmNotepad &model, QWidget *parent)
     ShowOnly(cboCategory);
     txtInput = new QPlainTextEdit(pane);
     txtInput->setTabChangesFocus(true);
+    showsRecordValue(txtSubject);
+    showsRecordValue(txtInput);
     ctlPrivate = new QCheckBox(QStringLiteral("Private"), pane);
     ctlDateCreated = new QLabel(pane);
     ctlLastModified = new QLabel(pane);
