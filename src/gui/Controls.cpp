@@ -1,8 +1,12 @@
 #include "gui/Controls.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QPlainTextEdit>
 #include <QSignalBlocker>
+#include <QTextDocumentFragment>
+#include <QTextEdit>
 
 namespace km::gui {
 
@@ -24,6 +28,16 @@ protected:
         return key->matches(QKeySequence::Copy) || key->matches(QKeySequence::Cut);
     }
 };
+
+// The text a box has selected, as it goes to the selection.
+QString selectedTextOf(const QWidget *box) {
+    if (auto *line = qobject_cast<const QLineEdit *>(box)) return line->selectedText();
+    if (auto *plain = qobject_cast<const QPlainTextEdit *>(box))
+        return plain->textCursor().selection().toPlainText();
+    if (auto *text = qobject_cast<const QTextEdit *>(box))
+        return text->textCursor().selection().toPlainText();
+    return QString();
+}
 
 } // namespace
 
@@ -72,7 +86,18 @@ void onTextTyped(QPlainTextEdit *box, std::function<void(const QString &)> chang
                      [box, changed = std::move(changed)] { changed(box->toPlainText()); });
 }
 
+void keepOutOfSelection(QWidget *box) {
+    QClipboard *clipboard = QGuiApplication::clipboard();
+    QObject::connect(clipboard, &QClipboard::selectionChanged, box, [box, clipboard] {
+        if (!clipboard->ownsSelection()) return;
+        const QString selected = selectedTextOf(box);
+        if (!selected.isEmpty() && clipboard->text(QClipboard::Selection) == selected)
+            clipboard->clear(QClipboard::Selection);
+    });
+}
+
 void showsRecordValue(QWidget *field) {
+    keepOutOfSelection(field);
     field->setProperty(kRecordValue, true);
     field->installEventFilter(new RecordFieldKeys(field));
 }

@@ -31,13 +31,23 @@ bool drawText(QLineEdit *widget, const QString &text);
 void onTextTyped(QLineEdit *box, std::function<void(const QString &)> changed);
 void onTextTyped(QPlainTextEdit *box, std::function<void(const QString &)> changed);
 
+// Keeps what is selected in a line or text box out of the desktop's selection
+// (X11's PRIMARY). A box hands its selection there on each mouse or Shift
+// selection, where any program gets it with a middle click for as long as
+// this one runs; a masked box does not, but a password shown in clear would.
+// The moment the selection takes this program's text and it is what the box
+// has selected, it is cleared again, before the event loop can answer any
+// other client's request for it. The box still shows its selection.
+void keepOutOfSelection(QWidget *box);
+
 // Marks a line or text box that shows a record's value (a detail pane's, an
-// editor's). Its Ctrl+C and Ctrl+X are not the box's own but those of the
-// window's Edit menu where it has one (the main window's): the program's one
-// Copy, which marks the text secret and arms the clipboard wipe, and which
-// takes the whole value when nothing is selected and always the whole of a
-// masked one (ActiveControl::recordValue). In a dialog the box's own remain,
-// under the shield's arming of the wipe.
+// editor's), and keeps it out of the selection. Its Ctrl+C and Ctrl+X are
+// not the box's own but those of the window's Edit menu where it has one
+// (the main window's): the program's one Copy, which marks the text secret
+// and arms the clipboard wipe, and which takes the whole value when nothing
+// is selected and always the whole of a masked one
+// (ActiveControl::recordValue). In a dialog the box's own remain, under the
+// shield's arming of the wipe.
 void showsRecordValue(QWidget *field);
 bool isRecordValue(const QWidget *field);
 

@@ -940,6 +940,8 @@ void frmMDI::armClipboardWipe() {
 }
 
 void frmMDI::WipeClipboard() {
+    // The selection too, even when the clipboard held nothing to wipe.
+    clipboard().clearSelection();
     SessionGuards::WipeClipboardText();
     timerClipboard.setEnabled(false);
     changed();

@@ -299,7 +299,8 @@ public:
     // The context a section window is made with.
     SectionContext sectionContext();
 
-    // Overwrites and clears the clipboard; the wipe timer stops.
+    // Overwrites and clears the clipboard and this program's selection; the
+    // wipe timer stops.
     void WipeClipboard();
     // The handler of "Show/Hide Private Records" and of the Lock button:
     // showing asks for the passphrase, hiding asks nothing.

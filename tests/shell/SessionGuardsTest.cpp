@@ -117,6 +117,17 @@ TEST_F(ClipboardTest, WipedThirtySecondsAfterStart) {
     EXPECT_FALSE(w->timerClipboard.Enabled);
 }
 
+// The selection goes with every wipe, by the timer or at the exit, even when
+// the clipboard held nothing.
+TEST_F(ClipboardTest, EveryWipeEmptiesTheSelectionToo) {
+    clock.advanceSecs(30);
+    w->fireDueTimers();
+    EXPECT_EQ(clip.selectionClears, 1);
+    EXPECT_TRUE(clip.written.isEmpty());
+    w->mnuFileQuit_Click();
+    EXPECT_EQ(clip.selectionClears, 2);
+}
+
 // Copy and Cut give the text its full 30 seconds each time; arming alone
 // does not restart a running timer.
 TEST_F(ClipboardTest, CopyAndCutRestartTheTimerArmingDoesNot) {

@@ -20,6 +20,7 @@ frmEditConfidential::frmEditConfidential(km::frmEditConfidential &model, QWidget
     for (size_t i = 0; i < 5; ++i) {
         lblTxt[i] = new QLabel(this);
         txtCtl[i] = new QLineEdit(this);
+        showsRecordValue(txtCtl[i]);
         fields->addWidget(lblTxt[i], static_cast<int>(i), 0);
         fields->addWidget(txtCtl[i], static_cast<int>(i), 1);
         onTextTyped(txtCtl[i], [this, i](const QString &text) { edited([&] { m_model.txtCtl[i] = text; }); });
@@ -27,6 +28,7 @@ frmEditConfidential::frmEditConfidential(km::frmEditConfidential &model, QWidget
     fields->setColumnStretch(1, 1);
     txtNotes = new QPlainTextEdit(this);
     txtNotes->setTabChangesFocus(true);
+    showsRecordValue(txtNotes);
     ctlPrivate = new QCheckBox(QStringLiteral("Private"), this);
 
     auto *layout = new QVBoxLayout(this);

@@ -25,6 +25,8 @@ frmEditNotepad::frmEditNotepad(km::frmEditNotepad &model, QWidget *parent)
     cmdEditCat->setToolTip(QStringLiteral("Edit categories"));
     ctlNote = new QPlainTextEdit(this);
     ctlNote->setTabChangesFocus(true);
+    showsRecordValue(ctlSubject);
+    showsRecordValue(ctlNote);
     ctlPrivate = new QCheckBox(QStringLiteral("Private"), this);
 
     auto *grid = new QGridLayout;

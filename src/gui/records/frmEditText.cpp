@@ -16,6 +16,8 @@ frmEditText::frmEditText(km::frmEditText &model, QWidget *parent)
     txtSubject = new QLineEdit(this);
     txt = new QPlainTextEdit(this);
     txt->setTabChangesFocus(true);
+    showsRecordValue(txtSubject);
+    showsRecordValue(txt);
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(txtSubject);
     layout->addWidget(txt, 1);

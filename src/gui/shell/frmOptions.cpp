@@ -248,6 +248,7 @@ QWidget *frmOptions::pinTab() {
     PIN = new QLineEdit(PinFrame);
     PIN->setObjectName(QStringLiteral("PIN"));
     PIN->setContextMenuPolicy(Qt::NoContextMenu);
+    keepOutOfSelection(PIN);
     onTextTyped(PIN, [this](const QString &text) { m_model.PIN = text; });
     auto *sections = new QGroupBox(QStringLiteral("Sections"), PinFrame);
     auto *grid = new QGridLayout(sections);

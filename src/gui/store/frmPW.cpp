@@ -23,6 +23,7 @@ frmPW::frmPW(km::frmPW &model, QWidget *parent) : ModelDialog(model, parent), m_
     // Nothing typed here may leave through the clipboard or a drag.
     txtInput->setContextMenuPolicy(Qt::NoContextMenu);
     txtInput->setDragEnabled(false);
+    keepOutOfSelection(txtInput);
     chkShowClear = new QCheckBox(this);
     cmdOK = new QPushButton(QStringLiteral("OK"), this);
     cmdOK->setDefault(true);
