@@ -107,9 +107,9 @@ struct ActiveControl {
     int selStart = 0;
     int selLength = 0;
     // A field that shows a record's value (a section's detail pane): Copy with
-    // nothing selected takes its whole value, as the field's own Copy does.
+    // nothing selected takes its whole value, as its right-click Copy does.
     bool recordValue = false;
-    // Its value is drawn as dots: Copy takes all of it, never a part the
+    // Its value is drawn as dots: Copy takes all of it, never a piece that the
     // person cannot see.
     bool masked = false;
     QString selectedText() const { return text.mid(selStart, selLength); }

@@ -87,9 +87,9 @@ TEST_F(PaneCopyTest, EditCopyAndCtrlCTakeARecordFieldThroughTheProgramsCopy) {
     };
     const std::vector<Case> cases = {
         {"Edit > Copy of a masked field", password, -1, 0, true, "hunter2"},
-        {"Ctrl+C in a masked field, part selected", password, 0, 3, false, "hunter2"},
+        {"Ctrl+C in a masked field, some of it selected", password, 0, 3, false, "hunter2"},
         {"Edit > Copy with nothing selected", user, -1, 0, true, "jo.doe"},
-        {"Ctrl+C of a selected part", user, 3, 3, false, "doe"},
+        {"Ctrl+C of a selection", user, 3, 3, false, "doe"},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.name);

@@ -166,9 +166,9 @@ TEST_F(ClipboardTest, ASectionsCopyIsTheProgramsCopy) {
     EXPECT_TRUE(clip.current.isEmpty());
 }
 
-// Copy from a field that shows a record's value takes all of it unless part
-// is selected; from a masked one always all of it. Cut takes what Copy took.
-TEST_F(ClipboardTest, ARecordFieldCopiesItsWholeValueUnlessPartIsSelected) {
+// Copy from a field that shows a record's value takes all of it when nothing
+// is selected, and from a masked one always. Cut takes what Copy took.
+TEST_F(ClipboardTest, ARecordFieldWithNothingSelectedOrMaskedCopiesItsWholeValue) {
     struct Case {
         const char *name;
         ActiveControl control;
@@ -184,10 +184,10 @@ TEST_F(ClipboardTest, ARecordFieldCopiesItsWholeValueUnlessPartIsSelected) {
     const std::vector<Case> cases = {
         {"a text box with nothing selected copies nothing", field(3, 0, false, false), false, "", "hunter2"},
         {"a record field with nothing selected", field(3, 0, true, false), false, "hunter2", "hunter2"},
-        {"a record field's selected part", field(0, 6, true, false), false, "hunter", "hunter2"},
-        {"a masked field's part selected", field(0, 6, true, true), false, "hunter2", "hunter2"},
+        {"a record field's selection", field(0, 6, true, false), false, "hunter", "hunter2"},
+        {"a masked field with some selected", field(0, 6, true, true), false, "hunter2", "hunter2"},
         {"Cut of a masked field", field(2, 1, true, true), true, "hunter2", ""},
-        {"Cut of a record field's part", field(6, 1, true, false), true, "2", "hunter"},
+        {"Cut of a record field's selection", field(6, 1, true, false), true, "2", "hunter"},
     };
     for (Case c : cases) {
         SCOPED_TRACE(c.name);

@@ -77,7 +77,7 @@ void armWipe() {
 
 class ShieldFilter : public QObject {
 public:
-    // root: a whole top-level window, or a part of one (whole false).
+    // root: a whole top-level window, or one pane of it (whole false).
     ShieldFilter(QWidget *root, SHIELD::HookProc atLoad, bool whole)
         : QObject(root), m_root(root), m_whole(whole) {
         SHIELD::HookAtLoad(m_hook, atLoad);
@@ -155,7 +155,7 @@ private:
         }
         QWidget *window = m_root->window();
         QWidget *focus = window->focusWidget() ? window->focusWidget() : window;
-        // A part of a window guards its own controls only.
+        // A pane guards its own controls only.
         if (!m_whole && !covers(focus)) return false;
         if (m_hook.installed == SHIELD::HookProc::Watch) {
             if (SHIELD::WatchKeyProc(e).armWipe) armWipe();

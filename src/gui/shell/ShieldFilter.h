@@ -26,7 +26,7 @@ void SetShieldShell(Shell *shell);
 
 // Puts the shield on window for its whole life (the filter dies with it).
 void InstallShield(QWidget *window);
-// Puts the shield on a part of a window for the part's whole life: a
+// Puts the shield on one pane of a window for the pane's whole life: a
 // section's detail pane, where records are edited in place inside the main
 // window. It takes the text keys whose receiver is the pane or one of its
 // controls while the window is active; the rest of the window keeps its keys
