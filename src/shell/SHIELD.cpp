@@ -34,18 +34,22 @@ QString KeyToText(int vk, bool upper) {
     return QString();
 }
 
-bool IsEditCommand(const KeyEvent &event) {
-    if (!event.ctrlDown || event.message != KeyDown) return false;
+bool IsClipboardKey(const KeyEvent &event) {
+    return event.ctrlDown && event.message == KeyDown &&
+           (event.vkCode == VkX || event.vkCode == VkC || event.vkCode == VkV);
+}
+
+EditCommand EditCommandOf(const KeyEvent &event, bool shiftDown) {
+    if (!event.ctrlDown || event.message != KeyDown) return EditCommand::None;
     switch (event.vkCode) {
-    case VkX:
-    case VkC:
-    case VkV:
     case VkA:
+        return EditCommand::SelectAll;
     case VkZ:
+        return shiftDown ? EditCommand::Redo : EditCommand::Undo;
     case VkY:
-        return true;
+        return EditCommand::Redo;
     default:
-        return false;
+        return EditCommand::None;
     }
 }
 
@@ -72,9 +76,17 @@ ShieldAction ShieldKeyProc(const KeyEvent &event, const TextControl *focused) {
         s.upperCase = s.capsOn != s.shiftDown;
         isText = IsTextKey(s.vkCode);
     }
-    if (event.code == 0 && IsEditCommand(event)) {
+    if (event.code == 0 && IsClipboardKey(event)) {
         isText = false;
-        a.armWipe = event.vkCode == VkX || event.vkCode == VkC || event.vkCode == VkV;
+        a.armWipe = true;
+    }
+    if (const EditCommand command = event.code == 0 ? EditCommandOf(event, s.shiftDown) : EditCommand::None;
+        command != EditCommand::None) {
+        isText = false;
+        if (focused) {
+            a.swallow = true;
+            a.command = command;
+        }
     }
     if (!isText) return a;
     if (event.message != KeyDown) return a;

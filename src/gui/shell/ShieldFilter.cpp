@@ -69,6 +69,31 @@ void writeControl(QWidget *box, const SHIELD::TextControl &before, const SHIELD:
         plain->setTextCursor(cursor);
 }
 
+template <class Box> void runOn(Box *box, SHIELD::EditCommand command) {
+    switch (command) {
+    case SHIELD::EditCommand::SelectAll:
+        box->selectAll();
+        break;
+    case SHIELD::EditCommand::Undo:
+        box->undo();
+        break;
+    case SHIELD::EditCommand::Redo:
+        box->redo();
+        break;
+    case SHIELD::EditCommand::None:
+        break;
+    }
+}
+
+void runCommand(QWidget *box, SHIELD::EditCommand command) {
+    if (auto *line = qobject_cast<QLineEdit *>(box))
+        runOn(line, command);
+    else if (auto *text = qobject_cast<QTextEdit *>(box))
+        runOn(text, command);
+    else if (auto *plain = qobject_cast<QPlainTextEdit *>(box))
+        runOn(plain, command);
+}
+
 Shell *g_shell = nullptr;
 
 void armWipe() {
@@ -144,11 +169,11 @@ private:
     bool key(QWidget *receiver, QKeyEvent *ke) {
         const SHIELD::KeyEvent e = eventOf(*ke);
         if (ke->type() == QEvent::ShortcutOverride) {
-            // A text key is the text box's, never a shortcut's; Alt keys stay
-            // access keys, the edit commands (Ctrl+X, C, V, A, Z, Y) go their
-            // usual way.
+            // A text key is the text box's, never a shortcut's (Ctrl+A, Z
+            // and Y the box's commands); Alt keys stay access keys, Ctrl+X, C
+            // and V go their usual way.
             if (m_hook.installed != SHIELD::HookProc::Shield || e.message != SHIELD::KeyDown ||
-                !SHIELD::IsTextKey(e.vkCode) || SHIELD::IsEditCommand(e))
+                !SHIELD::IsTextKey(e.vkCode) || SHIELD::IsClipboardKey(e))
                 return false;
             ke->accept();
             return true;
@@ -165,6 +190,10 @@ private:
         const SHIELD::TextControl before = box ? readControl(box) : SHIELD::TextControl{};
         const SHIELD::ShieldAction a = SHIELD::ShieldKeyProc(e, box ? &before : nullptr);
         if (a.armWipe) armWipe();
+        if (a.swallow && a.command != SHIELD::EditCommand::None) {
+            runCommand(box, a.command);
+            return true;
+        }
         if (a.swallow && a.write) {
             writeControl(box, before, a);
             return true;

@@ -7,8 +7,8 @@
 // hidden and comes back when it is active again. On Wayland a client cannot
 // grab the keyboard, and needs not: the compositor sends keys only to the
 // focused surface, so other programs never see them. Ctrl+X, C and V arm the
-// clipboard wipe and then work as usual; Ctrl+A, Z and Y are the box's own
-// select all, undo and redo.
+// clipboard wipe and then work as usual; Ctrl+A, Z and Y are the box's
+// select all, undo and redo, carried out by the shield on the box.
 #pragma once
 
 class QKeyEvent;
