@@ -8,6 +8,9 @@
 #include <QMimeData>
 #include <QUrl>
 
+#include "platform/CodePage1252.h"
+#include "store/CRY.h"
+
 namespace km::gui {
 
 bool QtClipboard::hasText() const {
@@ -19,15 +22,34 @@ QString QtClipboard::text() const {
     return QGuiApplication::clipboard()->text();
 }
 
-void QtClipboard::setText(const QString &text, bool secret) {
+namespace {
+
+QMimeData *mimeOf(const QString &text, bool secret) {
     auto *data = new QMimeData;
     data->setText(text);
     if (secret) data->setData(QStringLiteral("x-kde-passwordManagerHint"), QByteArrayLiteral("secret"));
-    QGuiApplication::clipboard()->setMimeData(data);
+    return data;
+}
+
+} // namespace
+
+void QtClipboard::setText(const QString &text, bool secret) {
+    QGuiApplication::clipboard()->setMimeData(mimeOf(text, secret));
 }
 
 void QtClipboard::clear() {
     QGuiApplication::clipboard()->clear();
+    clearSelection();
+}
+
+void QtClipboard::clearSelection() {
+    QClipboard *clipboard = QGuiApplication::clipboard();
+    if (!clipboard->supportsSelection() || !clipboard->ownsSelection()) return;
+    const auto length = static_cast<int>(clipboard->text(QClipboard::Selection).size());
+    if (length > 0)
+        clipboard->setMimeData(mimeOf(km::cp1252::fromSecureBytes(CRY::RandomBytes(length)), true),
+                               QClipboard::Selection);
+    clipboard->clear(QClipboard::Selection);
 }
 
 void QtDesktop::setWaitCursor(bool on) {

@@ -13,7 +13,9 @@ public:
     // Secret text carries "x-kde-passwordManagerHint" = "secret" beside
     // text/plain, so that clipboard managers leave it out of their history.
     void setText(const QString &text, bool secret) override;
+    // The clipboard, and the selection when it is this program's.
     void clear() override;
+    void clearSelection() override;
 };
 
 class QtDesktop : public DesktopService {

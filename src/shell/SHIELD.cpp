@@ -34,6 +34,25 @@ QString KeyToText(int vk, bool upper) {
     return QString();
 }
 
+bool IsClipboardKey(const KeyEvent &event) {
+    return event.ctrlDown && event.message == KeyDown &&
+           (event.vkCode == VkX || event.vkCode == VkC || event.vkCode == VkV);
+}
+
+EditCommand EditCommandOf(const KeyEvent &event, bool shiftDown) {
+    if (!event.ctrlDown || event.message != KeyDown) return EditCommand::None;
+    switch (event.vkCode) {
+    case VkA:
+        return EditCommand::SelectAll;
+    case VkZ:
+        return shiftDown ? EditCommand::Redo : EditCommand::Undo;
+    case VkY:
+        return EditCommand::Redo;
+    default:
+        return EditCommand::None;
+    }
+}
+
 bool CapsLockIsOn(qint16 keyState) {
     return keyState == 1 || keyState == -127;
 }
@@ -57,10 +76,17 @@ ShieldAction ShieldKeyProc(const KeyEvent &event, const TextControl *focused) {
         s.upperCase = s.capsOn != s.shiftDown;
         isText = IsTextKey(s.vkCode);
     }
-    if (event.ctrlDown && event.message == KeyDown &&
-        (s.vkCode == VkX || s.vkCode == VkC || s.vkCode == VkV)) {
+    if (event.code == 0 && IsClipboardKey(event)) {
         isText = false;
         a.armWipe = true;
+    }
+    if (const EditCommand command = event.code == 0 ? EditCommandOf(event, s.shiftDown) : EditCommand::None;
+        command != EditCommand::None) {
+        isText = false;
+        if (focused) {
+            a.swallow = true;
+            a.command = command;
+        }
     }
     if (!isText) return a;
     if (event.message != KeyDown) return a;

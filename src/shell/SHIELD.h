@@ -15,10 +15,15 @@
 //  1. Shift is tracked by its own key events (left and right share one flag, so
 //     releasing either clears it); upper case is caps lock Xor Shift, for every
 //     key, so with caps lock on a digit gives its shifted sign.
-//  2. Ctrl+X, Ctrl+C, Ctrl+V on key down arm the wipe and pass on.
+//  2. Ctrl+X, Ctrl+C, Ctrl+V on key down arm the wipe and pass on. Ctrl+A,
+//     Ctrl+Z and Ctrl+Y on key down are the text box's select all, undo and
+//     redo (Ctrl+Shift+Z redo too): with a text box in focus the key is
+//     swallowed and the shield carries the command out on the box, so the
+//     keys mean the same whatever the desktop's key scheme says; with none
+//     they pass on.
 //  3. A text key on key down is swallowed and written over the selection of the
-//     focused text box, the caret behind it. Ctrl with another text key is no
-//     command: Ctrl+A writes "a". With no text box in focus the key is gone.
+//     focused text box, the caret behind it. Ctrl with any other text key is
+//     no command: Ctrl+B writes "b". With no text box in focus the key is gone.
 //  4. Key up of a text key, Alt combinations and every other key pass on.
 #pragma once
 
@@ -36,9 +41,12 @@ enum VirtualKey {
     VkCtrl = 17,
     VkCapsLock = 20,
     VkSpace = 32,
+    VkA = 65,
     VkC = 67,
     VkV = 86,
     VkX = 88,
+    VkY = 89,
+    VkZ = 90,
     VkLeftShift = 160,
     VkRightShift = 161,
     VkOem102 = 226,
@@ -60,10 +68,14 @@ struct TextControl {
     int SelLength = 0;
 };
 
+// An editing command that the shield carries out on the focused text box.
+enum class EditCommand { None, SelectAll, Undo, Redo };
+
 struct ShieldAction {
     bool swallow = false; // the key stops here: nothing else sees it
-    bool write = false;   // control holds the text box after the write
-    QString text;         // the character written
+    EditCommand command = EditCommand::None;
+    bool write = false; // control holds the text box after the write
+    QString text;       // the character written
     TextControl control;
     bool armWipe = false; // ArmClipboardWipe
 };
@@ -79,6 +91,11 @@ State &state();
 
 // Whether the key is one the shield takes over.
 bool IsTextKey(int vk);
+// Rule 2: Ctrl+X, C or V on key down.
+bool IsClipboardKey(const KeyEvent &event);
+// Rule 2: the command of Ctrl+A, Z or Y on key down (with Shift, Z is redo);
+// None for any other key.
+EditCommand EditCommandOf(const KeyEvent &event, bool shiftDown);
 // The character of a key with Shift up or down on the base layout; empty for a
 // key that gives none. Only Shift counts: no dead keys, no AltGr layer.
 QString KeyToText(int vk, bool upper);

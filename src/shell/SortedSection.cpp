@@ -8,6 +8,7 @@
 #include "store/db.h"
 #include "ui/Dialogs.h"
 #include "ui/LanguageUS.h"
+#include "ui/Services.h"
 
 namespace km {
 
@@ -99,7 +100,12 @@ void RecordEditor::cmdEsc_Click() {
     if (changed && m_dialogs.message(LanguageUS::MessageText(20), Buttons::YesNo, Answer::No,
                                      Icon::Question) != Answer::Yes)
         return;
-    close(false);
+    closeEditor(false);
+}
+
+void RecordEditor::closeEditor(bool accepted) {
+    clipboard().clearSelection();
+    close(accepted);
 }
 
 SortedSectionModel::SortedSectionModel(const SectionContext &context) : ctx(context) {}
@@ -118,7 +124,7 @@ void SortedSectionModel::askStoreChanged() {
 }
 
 void SortedSectionModel::paneEdited() {
-    if (RowId != 0 || newRecord) recordChanged = true;
+    if (paneEditable()) recordChanged = true;
 }
 
 void SortedSectionModel::clearPane() {

@@ -81,16 +81,19 @@ bool DeleteRow(StoreDb &store, qint64 rowId);
 } // namespace SortedSection
 
 // The editing dialog of a record: OK closes and the section saves; Esc with
-// unsaved changes asks "Discard changes?" and stays open on No.
+// unsaved changes asks "Discard changes?" and stays open on No. Closing
+// either way empties the desktop's selection if it holds this program's
+// text, so that nothing selected in the editor stays there to be pasted.
 class RecordEditor : public WindowModel {
 public:
     explicit RecordEditor(Dialogs &dialogs) : m_dialogs(dialogs) {}
     bool changed = false; // something was typed since the editor opened
 
-    void cmdOK_Click() { close(true); }
+    void cmdOK_Click() { closeEditor(true); }
     void cmdEsc_Click();
 
 protected:
+    void closeEditor(bool accepted);
     Dialogs &m_dialogs;
 };
 
@@ -115,6 +118,9 @@ public:
     // Deletes the selected record after the section's question; without a
     // selection the section's own message, if it has one.
     void cmdDelete_Click();
+    // Whether the pane shows a record that an edit in place can change: a
+    // stored one or a new one. With neither, the pane's fields take nothing.
+    bool paneEditable() const { return RowId != 0 || newRecord; }
     // A field of the pane was edited in place (the widget calls it after
     // writing the field's new text into the model).
     void paneEdited();

@@ -853,6 +853,11 @@ void frmMDI::mnuEditCopy_Click(ActiveControl &control) {
         control.selStart = std::clamp(control.selStart, 0, static_cast<int>(control.text.size()));
         control.selLength =
             std::clamp(control.selLength, 0, static_cast<int>(control.text.size()) - control.selStart);
+        if (control.recordValue && (control.masked || control.selLength == 0)) {
+            // What was copied is what is selected after, and what Cut takes.
+            control.selStart = 0;
+            control.selLength = static_cast<int>(control.text.size());
+        }
         const QString selected = control.selectedText();
         if (!selected.isEmpty()) clipboard().setText(selected, true);
     }
@@ -999,6 +1004,8 @@ void frmMDI::armClipboardWipe() {
 }
 
 void frmMDI::WipeClipboard() {
+    // The selection too, even when the clipboard held nothing to wipe.
+    clipboard().clearSelection();
     SessionGuards::WipeClipboardText();
     timerClipboard.setEnabled(false);
     changed();

@@ -108,6 +108,12 @@ struct ActiveControl {
     QString text;
     int selStart = 0;
     int selLength = 0;
+    // A field that shows a record's value (a section's detail pane): Copy with
+    // nothing selected takes its whole value, as its right-click Copy does.
+    bool recordValue = false;
+    // Its value is drawn as dots: Copy takes all of it, never a piece that the
+    // person cannot see.
+    bool masked = false;
     QString selectedText() const { return text.mid(selStart, selLength); }
 };
 
@@ -306,7 +312,8 @@ public:
     // The context a section window is made with.
     SectionContext sectionContext();
 
-    // Overwrites and clears the clipboard; the wipe timer stops.
+    // Overwrites and clears the clipboard and this program's selection; the
+    // wipe timer stops.
     void WipeClipboard();
     // The handler of "Show/Hide Private Records" and of the Lock button:
     // showing asks for the passphrase, hiding asks nothing.

@@ -15,6 +15,11 @@ public:
     // secret: marked for clipboard managers as a password, not to be kept in history.
     virtual void setText(const QString &text, bool secret) = 0;
     virtual void clear() = 0;
+    // Empties the selection (X11's PRIMARY, which a middle click pastes
+    // anywhere) when it holds this program's text: overwritten first, as the
+    // wipe does the clipboard, then cleared. Another program's text stays; a
+    // desktop without a selection has nothing to do.
+    virtual void clearSelection() {}
 };
 
 class DesktopService {

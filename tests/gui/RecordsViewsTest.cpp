@@ -9,12 +9,15 @@
 #include <QPlainTextEdit>
 #include <QToolButton>
 
+#include "GuiSupport.h"
 #include "gui/records/frmClassified.h"
 #include "gui/records/frmNotepad.h"
 #include "records/frmClassified.h"
 #include "records/frmNotepad.h"
+#include "shell/SHIELD.h"
 #include "store/CATEGORIES.h"
 #include "support/SectionFixture.h"
+#include "ui/LanguageUS.h"
 
 namespace {
 
@@ -64,6 +67,63 @@ TEST_F(RecordsViewsTest, AMemoAddedThroughTheModelShowsInTheList) {
     view.ListSelect->setCurrentRow(1);
     EXPECT_EQ(model.ListSelect.ListIndex(), 1);
     EXPECT_EQ(view.txtSubject->text(), QStringLiteral("Zebra crossing"));
+}
+
+// The memo in the pane edits in place under the shield: what is typed goes to
+// the model as it is typed, and leaving the memo for another row asks to
+// store it and saves it on Yes. The view's own redraws are no edits.
+TEST_F(RecordsViewsTest, AMemoEditedInThePaneIsStoredWhenLeft) {
+    SHIELD::state() = {};
+    shell.showPrivate = true;
+    km::frmNotepad model(context());
+    model.Form_Load();
+    for (const char *subject : {"apple pie", "Zebra crossing"}) {
+        ui.answerInput(QString::fromLatin1(subject));
+        ui.onModal<km::frmEditNotepad>([](km::frmEditNotepad &e) {
+            e.ctlNote = QStringLiteral("two eggs");
+            e.cmdOK_Click();
+            return true;
+        });
+        model.cmdAdd_Click();
+    }
+    km::gui::frmNotepad view(model);
+    view.resize(640, 420);
+    view.sync();
+    ASSERT_TRUE(km::test::bringToFront(view));
+    view.ListSelect->setCurrentRow(0);
+    const qint64 apple = model.RowId;
+    EXPECT_FALSE(model.recordChanged);
+
+    view.txtInput->setFocus();
+    view.txtInput->moveCursor(QTextCursor::End);
+    QTest::keyClicks(view.txtInput, QStringLiteral(" and flour"));
+    // Ctrl with a letter writes the letter: the shield, not the box, took it.
+    QTest::keyClick(view.txtInput, Qt::Key_K, Qt::ControlModifier);
+    EXPECT_EQ(model.txtInput, QStringLiteral("two eggs and flourk"));
+    EXPECT_TRUE(model.recordChanged);
+
+    ui.answer(km::Answer::Yes);
+    const QRect other = view.ListSelect->visualItemRect(view.ListSelect->item(1));
+    QTest::mouseClick(view.ListSelect->viewport(), Qt::LeftButton, {}, other.center());
+    ASSERT_FALSE(ui.shown.isEmpty());
+    EXPECT_EQ(ui.shown.last(), LanguageUS::MessageText(26));
+    EXPECT_EQ(km::SortedSection::ReadRecord(store(), apple).values.value(km::frmNotepad::Memo),
+              QStringLiteral("two eggs and flourk"));
+    EXPECT_EQ(view.txtSubject->text(), QStringLiteral("Zebra crossing"));
+    EXPECT_EQ(view.txtInput->toPlainText(), QStringLiteral("two eggs"));
+    EXPECT_FALSE(model.recordChanged);
+
+    // Outside the pane keys are the controls' own: the list's type-ahead goes
+    // back to the first memo, and the unchanged one asks nothing.
+    const auto asked = ui.shown.size();
+    view.ListSelect->setFocus();
+    QTest::keyClick(view.ListSelect, Qt::Key_A, Qt::NoModifier);
+    EXPECT_EQ(model.RowId, apple);
+    EXPECT_EQ(ui.shown.size(), asked);
+
+    view.ctlPrivate->click();
+    EXPECT_TRUE(model.ctlPrivate);
+    EXPECT_TRUE(model.recordChanged);
 }
 
 TEST_F(RecordsViewsTest, PasswordFieldIsMaskedUntilShowPlainPassword) {

@@ -12,6 +12,7 @@
 #include "store/frmEditCategories.h"
 #include "support/SectionFixture.h"
 #include "ui/LanguageUS.h"
+#include "ui/Services.h"
 
 namespace {
 
@@ -311,7 +312,22 @@ TEST_F(RecordsTest, TheFilterShowsItsMemosAndComesBackWhereItWasLeft) {
     EXPECT_EQ(listed(all.ListSelect), QStringList({"Filed one", "Unfiled one"}));
 }
 
-TEST_F(RecordsTest, EditorsAskBeforeDiscardingTypedText) {
+// A clipboard that counts how often the selection was emptied.
+class SelectionClipboard : public km::ClipboardService {
+public:
+    bool hasText() const override { return false; }
+    QString text() const override { return QString(); }
+    void setText(const QString &, bool) override {}
+    void clear() override {}
+    void clearSelection() override { ++clears; }
+    int clears = 0;
+};
+
+// Leaving an editor in any way empties the selection (what was selected in
+// it must not stay to be pasted elsewhere); staying open does not.
+TEST_F(RecordsTest, EditorsAskBeforeDiscardingTypedTextAndEmptyTheSelectionWhenTheyClose) {
+    SelectionClipboard selection;
+    km::setClipboard(&selection);
     km::frmEditNotepad memo(ui);
     km::frmEditConfidential data(ui);
     km::frmEditText longText(ui);
@@ -334,7 +350,14 @@ TEST_F(RecordsTest, EditorsAskBeforeDiscardingTypedText) {
         e->cmdEsc_Click();
         EXPECT_TRUE(e->closeRequested);
         EXPECT_FALSE(e->acceptedResult);
+        EXPECT_EQ(selection.clears, 2);
+
+        e->cmdOK_Click();
+        EXPECT_TRUE(e->acceptedResult);
+        EXPECT_EQ(selection.clears, 3);
+        selection.clears = 0;
     }
+    km::setClipboard(nullptr);
 }
 
 TEST(ConfidentialKinds, MaskingFollowsTheLabels) {

@@ -26,8 +26,10 @@ public:
         allSecret = allSecret && secret;
     }
     void clear() override { current.clear(); }
+    void clearSelection() override { ++selectionClears; }
 
     QString current;
+    int selectionClears = 0;
     QStringList written;
     bool allSecret = true;
 };

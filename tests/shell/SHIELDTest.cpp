@@ -61,7 +61,13 @@ TEST_F(ShieldTest, TextKeysAreWrittenOverTheSelectionWithTheCaretBehind) {
          {down(186), down(VkRightShift), down(222), down(226)},
          ";\"|",
          3},
-        {"Ctrl with a letter is no command", {"x", 1, 0}, {down('A', true), down('Z', true)}, "xaz", 3},
+        {"Ctrl with another letter is no command", {"x", 1, 0}, {down('B', true), down('Q', true)}, "xbq", 3},
+        {"select all, undo and redo write nothing",
+         {"x", 1, 0},
+         {down(VkA, true), down(VkZ, true), down(VkLeftShift), down(VkZ, true), up(VkLeftShift),
+          down(VkY, true)},
+         "x",
+         1},
     };
     for (const Case &c : cases) {
         state() = {};
@@ -91,6 +97,8 @@ TEST_F(ShieldTest, WhatIsSwallowedWhatPassesAndWhatArmsTheWipe) {
         {"Ctrl+X", down(VkX, true), false, false, true},
         {"Ctrl+V", down(VkV, true), false, false, true},
         {"Ctrl+C released", up(VkC, true), false, false, false},
+        {"Ctrl+B writes b", down('B', true), true, true, false},
+        {"Ctrl+1 writes 1", down('1', true), true, true, false},
         {"another code", KeyEvent{1, KeyDown, 'K'}, false, false, false},
     };
     for (const Case &c : cases) {
@@ -99,6 +107,41 @@ TEST_F(ShieldTest, WhatIsSwallowedWhatPassesAndWhatArmsTheWipe) {
         EXPECT_EQ(a.swallow, c.swallow) << c.name;
         EXPECT_EQ(a.write, c.write) << c.name;
         EXPECT_EQ(a.armWipe, c.armWipe) << c.name;
+    }
+}
+
+// Select all, undo and redo are the box's commands whatever the desktop's
+// key scheme: the shield takes the key and carries the command out.
+TEST_F(ShieldTest, CtrlAZAndYAreTheTextBoxsCommands) {
+    const TextControl box{"abc", 3, 0};
+    struct Case {
+        const char *name;
+        std::vector<KeyEvent> events;
+        bool withBox;
+        EditCommand command;
+    };
+    const std::vector<Case> cases = {
+        {"Ctrl+A selects all", {down(VkA, true)}, true, EditCommand::SelectAll},
+        {"Ctrl+Z undoes", {down(VkZ, true)}, true, EditCommand::Undo},
+        {"Ctrl+Y redoes", {down(VkY, true)}, true, EditCommand::Redo},
+        {"Ctrl+Shift+Z redoes", {down(VkLeftShift), down(VkZ, true)}, true, EditCommand::Redo},
+        {"Shift released, Ctrl+Z undoes",
+         {down(VkLeftShift), up(VkRightShift), down(VkZ, true)},
+         true,
+         EditCommand::Undo},
+        {"without a text box Ctrl+A passes on", {down(VkA, true)}, false, EditCommand::None},
+        {"Ctrl+Z released", {up(VkZ, true)}, true, EditCommand::None},
+        {"Alt+Ctrl+A", {KeyEvent{0, SysKeyDown, VkA, true}}, true, EditCommand::None},
+        {"Ctrl+C is the clipboard's", {down(VkC, true)}, true, EditCommand::None},
+    };
+    for (const Case &c : cases) {
+        state() = {};
+        ShieldAction a;
+        for (const KeyEvent &e : c.events)
+            a = ShieldKeyProc(e, c.withBox ? &box : nullptr);
+        EXPECT_EQ(a.command, c.command) << c.name;
+        EXPECT_EQ(a.swallow, c.command != EditCommand::None) << c.name;
+        EXPECT_FALSE(a.write) << c.name;
     }
 }
 

@@ -117,6 +117,17 @@ TEST_F(ClipboardTest, WipedThirtySecondsAfterStart) {
     EXPECT_FALSE(w->timerClipboard.Enabled);
 }
 
+// The selection goes with every wipe, by the timer or at the exit, even when
+// the clipboard held nothing.
+TEST_F(ClipboardTest, EveryWipeEmptiesTheSelectionToo) {
+    clock.advanceSecs(30);
+    w->fireDueTimers();
+    EXPECT_EQ(clip.selectionClears, 1);
+    EXPECT_TRUE(clip.written.isEmpty());
+    w->mnuFileQuit_Click();
+    EXPECT_EQ(clip.selectionClears, 2);
+}
+
 // Copy and Cut give the text its full 30 seconds each time; arming alone
 // does not restart a running timer.
 TEST_F(ClipboardTest, CopyAndCutRestartTheTimerArmingDoesNot) {
@@ -153,6 +164,41 @@ TEST_F(ClipboardTest, ASectionsCopyIsTheProgramsCopy) {
     clock.advanceSecs(30);
     w->fireDueTimers();
     EXPECT_TRUE(clip.current.isEmpty());
+}
+
+// Copy from a field that shows a record's value takes all of it when nothing
+// is selected, and from a masked one always. Cut takes what Copy took.
+TEST_F(ClipboardTest, ARecordFieldWithNothingSelectedOrMaskedCopiesItsWholeValue) {
+    struct Case {
+        const char *name;
+        ActiveControl control;
+        bool cut;
+        QString copied, left;
+    };
+    const auto field = [](int start, int length, bool record, bool masked) {
+        ActiveControl c{true, QStringLiteral("hunter2"), start, length};
+        c.recordValue = record;
+        c.masked = masked;
+        return c;
+    };
+    const std::vector<Case> cases = {
+        {"a text box with nothing selected copies nothing", field(3, 0, false, false), false, "", "hunter2"},
+        {"a record field with nothing selected", field(3, 0, true, false), false, "hunter2", "hunter2"},
+        {"a record field's selection", field(0, 6, true, false), false, "hunter", "hunter2"},
+        {"a masked field with some selected", field(0, 6, true, true), false, "hunter2", "hunter2"},
+        {"Cut of a masked field", field(2, 1, true, true), true, "hunter2", ""},
+        {"Cut of a record field's selection", field(6, 1, true, false), true, "2", "hunter"},
+    };
+    for (Case c : cases) {
+        SCOPED_TRACE(c.name);
+        clip.current.clear();
+        w->timerClipboard.setEnabled(false);
+        c.cut ? w->mnuEditCut_Click(c.control) : w->mnuEditCopy_Click(c.control);
+        EXPECT_EQ(clip.current, c.copied);
+        EXPECT_EQ(c.control.text, c.left);
+        EXPECT_TRUE(w->timerClipboard.Enabled);
+    }
+    EXPECT_TRUE(clip.allSecret);
 }
 
 TEST_F(ClipboardTest, PasteReplacesTheSelection) {

@@ -16,6 +16,7 @@
 
 #include "gui/Controls.h"
 #include "gui/records/RecordsViews.h"
+#include "gui/shell/ShieldFilter.h"
 
 namespace km::gui {
 
@@ -80,23 +81,27 @@ frmClassified::frmClassified(km::frmClassified &model, QWidget *parent)
     for (int i = 0; i < 5; ++i) {
         lblTxt[i] = new QLabel(pane);
         txtCtl[i] = new QLineEdit(pane);
-        txtCtl[i]->setReadOnly(true);
         txtCtl[i]->setContextMenuPolicy(Qt::CustomContextMenu);
+        showsRecordValue(txtCtl[i]);
         fields->addWidget(lblTxt[i], i, 0);
         fields->addWidget(txtCtl[i], i, 1);
         connect(txtCtl[i], &QWidget::customContextMenuRequested, this,
                 [this, i](const QPoint &pos) { offerCopy(txtCtl[i], i, pos); });
+        onTextTyped(txtCtl[i], [this, i](const QString &text) {
+            m_model.txtCtl[static_cast<size_t>(i)] = text;
+            m_model.paneEdited();
+        });
     }
     fields->setColumnStretch(1, 1);
     txtNotes = new QPlainTextEdit(pane);
-    txtNotes->setReadOnly(true);
+    txtNotes->setTabChangesFocus(true);
     txtNotes->setContextMenuPolicy(Qt::CustomContextMenu);
+    showsRecordValue(txtNotes);
     connect(txtNotes, &QWidget::customContextMenuRequested, this, [this](const QPoint &pos) {
         // The position is the viewport's, inside the frame.
         offerCopy(txtNotes->viewport(), km::frmClassified::notes, pos);
     });
     ctlPrivate = new QCheckBox(QStringLiteral("Private"), pane);
-    ShowOnly(ctlPrivate);
     chkPlainPW = new QCheckBox(QStringLiteral("Show Plain Password"), pane);
     lblLastModified = new QLabel(pane);
     lblLastModified->setStyleSheet(QStringLiteral("color: #555;"));
@@ -129,7 +134,16 @@ frmClassified::frmClassified(km::frmClassified &model, QWidget *parent)
     layout->addWidget(listSelect, 2);
     layout->addWidget(pane, 5);
     DrawOnWindowColour(this);
+    InstallPaneShield(pane);
 
+    onTextTyped(txtNotes, [this](const QString &text) {
+        m_model.txtNotes = text;
+        m_model.paneEdited();
+    });
+    connect(ctlPrivate, &QCheckBox::clicked, this, [this](bool on) {
+        m_model.ctlPrivate = on;
+        m_model.paneEdited();
+    });
     connect(exclusive, &QButtonGroup::idClicked, this,
             [this](int kind) { command([this, kind] { m_model.cat_Click(kind); }); });
     connect(chkPlainPW, &QCheckBox::clicked, this, [this](bool on) {
@@ -158,15 +172,18 @@ void frmClassified::sync() {
     for (auto &[kind, button] : cat)
         button->setChecked(kind == m_model.cat);
     lblCategory->setText(m_model.lblCategory);
+    const bool editable = m_model.paneEditable();
     for (size_t i = 0; i < 5; ++i) {
         lblTxt[i]->setText(m_model.lblTxt[i]);
         lblTxt[i]->setVisible(m_model.visible[i]);
         txtCtl[i]->setVisible(m_model.visible[i]);
         txtCtl[i]->setEchoMode(m_model.masked[i] ? QLineEdit::Password : QLineEdit::Normal);
-        drawText(txtCtl[i], m_model.txtCtl[i]);
-        txtCtl[i]->setCursorPosition(0);
+        txtCtl[i]->setReadOnly(!editable);
+        if (drawText(txtCtl[i], m_model.txtCtl[i])) txtCtl[i]->setCursorPosition(0);
     }
+    txtNotes->setReadOnly(!editable);
     drawPlain(txtNotes, m_model.txtNotes);
+    ctlPrivate->setEnabled(editable);
     ctlPrivate->setChecked(m_model.ctlPrivate);
     chkPlainPW->setChecked(m_model.chkPlainPW);
     lblLastModified->setText(m_model.lblLastModified);

@@ -1,8 +1,10 @@
 // The confidential section over its model: the sixteen kinds as buttons
 // under five captions, the records of the kind in view, and the pane with the
 // kind's labelled fields (passwords and PINs masked while the model says so),
-// the notes and the private flag. A right click on a field offers only
-// "Copy", which goes through the model so that the clipboard wipe arms.
+// the notes and the private flag, which all edit in place under the keystroke
+// shield; each edit goes into the model at once, which asks "Store record?"
+// when the record is left. A right click on a field offers only "Copy", which
+// goes through the model so that the clipboard wipe arms.
 #pragma once
 
 #include <array>

@@ -20,14 +20,15 @@ frmEditConfidential::frmEditConfidential(km::frmEditConfidential &model, QWidget
     for (size_t i = 0; i < 5; ++i) {
         lblTxt[i] = new QLabel(this);
         txtCtl[i] = new QLineEdit(this);
+        showsRecordValue(txtCtl[i]);
         fields->addWidget(lblTxt[i], static_cast<int>(i), 0);
         fields->addWidget(txtCtl[i], static_cast<int>(i), 1);
-        connect(txtCtl[i], &QLineEdit::textChanged, this,
-                [this, i](const QString &text) { edited([&] { m_model.txtCtl[i] = text; }); });
+        onTextTyped(txtCtl[i], [this, i](const QString &text) { edited([&] { m_model.txtCtl[i] = text; }); });
     }
     fields->setColumnStretch(1, 1);
     txtNotes = new QPlainTextEdit(this);
     txtNotes->setTabChangesFocus(true);
+    showsRecordValue(txtNotes);
     ctlPrivate = new QCheckBox(QStringLiteral("Private"), this);
 
     auto *layout = new QVBoxLayout(this);
@@ -37,8 +38,7 @@ frmEditConfidential::frmEditConfidential(km::frmEditConfidential &model, QWidget
     layout->addLayout(buttonRow(ctlPrivate));
     resize(480, 400);
 
-    connect(txtNotes, &QPlainTextEdit::textChanged, this,
-            [this] { edited([this] { m_model.txtNotes = txtNotes->toPlainText(); }); });
+    onTextTyped(txtNotes, [this](const QString &text) { edited([&] { m_model.txtNotes = text; }); });
     connect(ctlPrivate, &QCheckBox::clicked, this,
             [this](bool on) { edited([&] { m_model.ctlPrivate = on; }); });
     txtCtl[0]->setFocus();

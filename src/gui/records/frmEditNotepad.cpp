@@ -25,6 +25,8 @@ frmEditNotepad::frmEditNotepad(km::frmEditNotepad &model, QWidget *parent)
     cmdEditCat->setToolTip(QStringLiteral("Edit categories"));
     ctlNote = new QPlainTextEdit(this);
     ctlNote->setTabChangesFocus(true);
+    showsRecordValue(ctlSubject);
+    showsRecordValue(ctlNote);
     ctlPrivate = new QCheckBox(QStringLiteral("Private"), this);
 
     auto *grid = new QGridLayout;
@@ -41,10 +43,8 @@ frmEditNotepad::frmEditNotepad(km::frmEditNotepad &model, QWidget *parent)
     layout->addLayout(buttonRow(ctlPrivate));
     resize(520, 420);
 
-    connect(ctlSubject, &QLineEdit::textChanged, this,
-            [this](const QString &text) { edited([&] { m_model.ctlSubject = text; }); });
-    connect(ctlNote, &QPlainTextEdit::textChanged, this,
-            [this] { edited([this] { m_model.ctlNote = ctlNote->toPlainText(); }); });
+    onTextTyped(ctlSubject, [this](const QString &text) { edited([&] { m_model.ctlSubject = text; }); });
+    onTextTyped(ctlNote, [this](const QString &text) { edited([&] { m_model.ctlNote = text; }); });
     connect(ctlCategory, &QComboBox::activated, this,
             [this](int index) { edited([&] { m_model.ctlCategory.setListIndex(index); }); });
     connect(ctlPrivate, &QCheckBox::clicked, this,

@@ -16,16 +16,16 @@ frmEditText::frmEditText(km::frmEditText &model, QWidget *parent)
     txtSubject = new QLineEdit(this);
     txt = new QPlainTextEdit(this);
     txt->setTabChangesFocus(true);
+    showsRecordValue(txtSubject);
+    showsRecordValue(txt);
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(txtSubject);
     layout->addWidget(txt, 1);
     layout->addLayout(buttonRow(nullptr));
     resize(520, 420);
 
-    connect(txtSubject, &QLineEdit::textChanged, this,
-            [this](const QString &text) { edited([&] { m_model.txtSubject = text; }); });
-    connect(txt, &QPlainTextEdit::textChanged, this,
-            [this] { edited([this] { m_model.txt = txt->toPlainText(); }); });
+    onTextTyped(txtSubject, [this](const QString &text) { edited([&] { m_model.txtSubject = text; }); });
+    onTextTyped(txt, [this](const QString &text) { edited([&] { m_model.txt = text; }); });
     txt->setFocus();
 }
 

@@ -16,6 +16,7 @@
 
 #include "gui/Controls.h"
 #include "gui/records/RecordsViews.h"
+#include "gui/shell/ShieldFilter.h"
 
 namespace km::gui {
 
@@ -38,16 +39,16 @@ frmNotepad::frmNotepad(km::frmNotepad &model, QWidget *parent)
 
     auto *pane = new QWidget(this);
     txtSubject = new QLineEdit(pane);
-    txtSubject->setReadOnly(true);
     QFont bold = txtSubject->font();
     bold.setBold(true);
     txtSubject->setFont(bold);
     cboCategory = new QComboBox(pane);
     ShowOnly(cboCategory);
     txtInput = new QPlainTextEdit(pane);
-    txtInput->setReadOnly(true);
+    txtInput->setTabChangesFocus(true);
+    showsRecordValue(txtSubject);
+    showsRecordValue(txtInput);
     ctlPrivate = new QCheckBox(QStringLiteral("Private"), pane);
-    ShowOnly(ctlPrivate);
     ctlDateCreated = new QLabel(pane);
     ctlLastModified = new QLabel(pane);
     for (QLabel *date : {ctlDateCreated, ctlLastModified})
@@ -88,7 +89,20 @@ frmNotepad::frmNotepad(km::frmNotepad &model, QWidget *parent)
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(split);
     DrawOnWindowColour(this);
+    InstallPaneShield(pane);
 
+    onTextTyped(txtSubject, [this](const QString &text) {
+        m_model.txtSubject = text;
+        m_model.paneEdited();
+    });
+    onTextTyped(txtInput, [this](const QString &text) {
+        m_model.txtInput = text;
+        m_model.paneEdited();
+    });
+    connect(ctlPrivate, &QCheckBox::clicked, this, [this](bool on) {
+        m_model.ctlPrivate = on;
+        m_model.paneEdited();
+    });
     connect(cboCategories, &QComboBox::activated, this, [this](int index) {
         command([this, index] {
             m_model.cboCategories.setListIndex(index);
@@ -106,8 +120,11 @@ frmNotepad::frmNotepad(km::frmNotepad &model, QWidget *parent)
 void frmNotepad::sync() {
     syncList();
     drawCombo(cboCategories, m_model.cboCategories);
-    drawText(txtSubject, m_model.txtSubject);
-    txtSubject->setCursorPosition(0);
+    const bool editable = m_model.paneEditable();
+    txtSubject->setReadOnly(!editable);
+    txtInput->setReadOnly(!editable);
+    ctlPrivate->setEnabled(editable);
+    if (drawText(txtSubject, m_model.txtSubject)) txtSubject->setCursorPosition(0);
     drawCombo(cboCategory, m_model.cboCategory);
     drawPlain(txtInput, m_model.txtInput);
     ctlPrivate->setChecked(m_model.ctlPrivate);

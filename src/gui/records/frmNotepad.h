@@ -1,7 +1,9 @@
 // The memo section over its model: the category filter and the list of
-// subjects on the left, the shown memo on the right (read-only), and the
-// buttons New, Edit, Delete. Every click goes to the model, then the view
-// redraws.
+// subjects on the left, the shown memo on the right, and the buttons New,
+// Edit, Delete. Every click goes to the model, then the view redraws. The
+// memo's subject, body and private flag edit in place, under the keystroke
+// shield; each edit goes into the model at once, which asks "Store record?"
+// when the memo is left.
 #pragma once
 
 #include <functional>

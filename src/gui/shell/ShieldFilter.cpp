@@ -47,14 +47,16 @@ SHIELD::TextControl readControl(QWidget *box) {
     return c;
 }
 
+// The character goes in as the box's own insert over the selection, the same
+// text as the decision's, so that the box's undo and redo know it and its
+// change signal fires as for a typed key. A text edit keeps its document, its
+// formatting and the view's position.
 void writeControl(QWidget *box, const SHIELD::TextControl &before, const SHIELD::ShieldAction &a) {
     if (auto *line = qobject_cast<QLineEdit *>(box)) {
-        line->setText(a.control.Text);
-        line->setCursorPosition(a.control.SelStart);
+        line->setSelection(before.SelStart, before.SelLength);
+        line->insert(a.text);
         return;
     }
-    // A text edit keeps its document: the same write as a cursor insert over
-    // the selection, so formatting and the view's position stay.
     auto *text = qobject_cast<QTextEdit *>(box);
     auto *plain = qobject_cast<QPlainTextEdit *>(box);
     QTextCursor cursor = text ? text->textCursor() : plain->textCursor();
@@ -67,6 +69,31 @@ void writeControl(QWidget *box, const SHIELD::TextControl &before, const SHIELD:
         plain->setTextCursor(cursor);
 }
 
+template <class Box> void runOn(Box *box, SHIELD::EditCommand command) {
+    switch (command) {
+    case SHIELD::EditCommand::SelectAll:
+        box->selectAll();
+        break;
+    case SHIELD::EditCommand::Undo:
+        box->undo();
+        break;
+    case SHIELD::EditCommand::Redo:
+        box->redo();
+        break;
+    case SHIELD::EditCommand::None:
+        break;
+    }
+}
+
+void runCommand(QWidget *box, SHIELD::EditCommand command) {
+    if (auto *line = qobject_cast<QLineEdit *>(box))
+        runOn(line, command);
+    else if (auto *text = qobject_cast<QTextEdit *>(box))
+        runOn(text, command);
+    else if (auto *plain = qobject_cast<QPlainTextEdit *>(box))
+        runOn(plain, command);
+}
+
 Shell *g_shell = nullptr;
 
 void armWipe() {
@@ -75,7 +102,9 @@ void armWipe() {
 
 class ShieldFilter : public QObject {
 public:
-    ShieldFilter(QWidget *window, SHIELD::HookProc atLoad) : QObject(window), m_window(window) {
+    // root: a whole top-level window, or one pane of it (whole false).
+    ShieldFilter(QWidget *root, SHIELD::HookProc atLoad, bool whole)
+        : QObject(root), m_root(root), m_whole(whole) {
         SHIELD::HookAtLoad(m_hook, atLoad);
         qApp->installEventFilter(this);
     }
@@ -83,10 +112,11 @@ public:
 
 protected:
     bool eventFilter(QObject *obj, QEvent *ev) override {
-        if (m_window.isNull()) return false;
+        if (m_root.isNull()) return false;
         // One filter on the application sees the window's own events and
         // those of its controls alike.
-        if (obj == m_window.data()) frontChange(ev->type());
+        QWidget *window = m_root->window();
+        if (obj == window) frontChange(ev->type());
         switch (ev->type()) {
         case QEvent::KeyPress:
         case QEvent::KeyRelease:
@@ -95,13 +125,17 @@ protected:
         default:
             return false;
         }
-        if (m_forwarding || !obj->isWidgetType() || !m_window->isActiveWindow()) return false;
-        if (static_cast<QWidget *>(obj)->window() != m_window.data()) return false;
+        if (m_forwarding || !obj->isWidgetType() || !window->isActiveWindow()) return false;
+        if (!covers(static_cast<QWidget *>(obj))) return false;
         if (m_hook.installed == SHIELD::HookProc::None) return false;
         return key(static_cast<QWidget *>(obj), static_cast<QKeyEvent *>(ev));
     }
 
 private:
+    bool covers(const QWidget *w) const {
+        return m_whole ? w->window() == m_root.data() : w == m_root.data() || m_root->isAncestorOf(w);
+    }
+
     void frontChange(QEvent::Type type) {
         if (type == QEvent::WindowActivate)
             SHIELD::TimerHook(m_hook, true);
@@ -109,11 +143,12 @@ private:
             SHIELD::TimerHook(m_hook, false);
         else
             return;
+        if (!m_whole) return;
         const bool grab = m_hook.installed == SHIELD::HookProc::Shield;
-        if (grab && QWidget::keyboardGrabber() != m_window.data())
-            m_window->grabKeyboard();
-        else if (!grab && QWidget::keyboardGrabber() == m_window.data())
-            m_window->releaseKeyboard();
+        if (grab && QWidget::keyboardGrabber() != m_root.data())
+            m_root->grabKeyboard();
+        else if (!grab && QWidget::keyboardGrabber() == m_root.data())
+            m_root->releaseKeyboard();
     }
 
     SHIELD::KeyEvent eventOf(const QKeyEvent &ke) {
@@ -134,17 +169,19 @@ private:
     bool key(QWidget *receiver, QKeyEvent *ke) {
         const SHIELD::KeyEvent e = eventOf(*ke);
         if (ke->type() == QEvent::ShortcutOverride) {
-            // A text key is the text box's, never a shortcut's; Alt keys stay
-            // access keys, Ctrl+X, C and V the box's own commands.
-            const bool clipboardKey =
-                e.ctrlDown && (e.vkCode == SHIELD::VkX || e.vkCode == SHIELD::VkC || e.vkCode == SHIELD::VkV);
+            // A text key is the text box's, never a shortcut's (Ctrl+A, Z
+            // and Y the box's commands); Alt keys stay access keys, Ctrl+X, C
+            // and V go their usual way.
             if (m_hook.installed != SHIELD::HookProc::Shield || e.message != SHIELD::KeyDown ||
-                !SHIELD::IsTextKey(e.vkCode) || clipboardKey)
+                !SHIELD::IsTextKey(e.vkCode) || SHIELD::IsClipboardKey(e))
                 return false;
             ke->accept();
             return true;
         }
-        QWidget *focus = m_window->focusWidget() ? m_window->focusWidget() : m_window.data();
+        QWidget *window = m_root->window();
+        QWidget *focus = window->focusWidget() ? window->focusWidget() : window;
+        // A pane guards its own controls only.
+        if (!m_whole && !covers(focus)) return false;
         if (m_hook.installed == SHIELD::HookProc::Watch) {
             if (SHIELD::WatchKeyProc(e).armWipe) armWipe();
             return false;
@@ -153,6 +190,10 @@ private:
         const SHIELD::TextControl before = box ? readControl(box) : SHIELD::TextControl{};
         const SHIELD::ShieldAction a = SHIELD::ShieldKeyProc(e, box ? &before : nullptr);
         if (a.armWipe) armWipe();
+        if (a.swallow && a.command != SHIELD::EditCommand::None) {
+            runCommand(box, a.command);
+            return true;
+        }
         if (a.swallow && a.write) {
             writeControl(box, before, a);
             return true;
@@ -160,7 +201,7 @@ private:
         // Numbers and dates in a spin box hold no secret; swallowing their
         // digits would only make them untypeable.
         if (a.swallow && !qobject_cast<QAbstractSpinBox *>(focus)) return true;
-        if (receiver == m_window.data() && focus != m_window.data()) {
+        if (m_whole && receiver == m_root.data() && focus != m_root.data()) {
             // Under the grab every key arrives at the window itself: hand the
             // rest to the control that has the focus (or an open popup).
             QWidget *target = QApplication::activePopupWidget() ? QApplication::activePopupWidget() : focus;
@@ -172,7 +213,8 @@ private:
         return false;
     }
 
-    QPointer<QWidget> m_window;
+    QPointer<QWidget> m_root;
+    bool m_whole = true;
     SHIELD::WindowHook m_hook;
     bool m_capsOn = false;
     bool m_forwarding = false;
@@ -222,11 +264,15 @@ void SetShieldShell(Shell *shell) {
 }
 
 void InstallShield(QWidget *window) {
-    if (window) new ShieldFilter(window, SHIELD::HookProc::Shield);
+    if (window) new ShieldFilter(window, SHIELD::HookProc::Shield, true);
+}
+
+void InstallPaneShield(QWidget *pane) {
+    if (pane) new ShieldFilter(pane, SHIELD::HookProc::Shield, false);
 }
 
 void InstallWatch(QWidget *window) {
-    if (window) new ShieldFilter(window, SHIELD::HookProc::Watch);
+    if (window) new ShieldFilter(window, SHIELD::HookProc::Watch, true);
 }
 
 int VirtualKeyOf(const QKeyEvent &event) {

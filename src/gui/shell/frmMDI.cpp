@@ -31,6 +31,7 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
+#include "gui/Controls.h"
 #include "gui/QtDialogs.h"
 #include "gui/shell/SectionView.h"
 #include "gui/shell/ShieldFilter.h"
@@ -90,14 +91,19 @@ QLabel *panel(QWidget *parent, int minimumWidth) {
     return label;
 }
 
+// The focused text control as Cut, Copy and Paste see it: its real text (a
+// masked box's too, which only the program's Copy may take whole) and its
+// selection.
 ActiveControl readFocused() {
     ActiveControl c;
     QWidget *focus = QApplication::focusWidget();
+    c.recordValue = isRecordValue(focus);
     if (auto *edit = qobject_cast<QLineEdit *>(focus)) {
         c.present = true;
         c.text = edit->text();
         c.selStart = edit->hasSelectedText() ? edit->selectionStart() : edit->cursorPosition();
         c.selLength = edit->hasSelectedText() ? edit->selectionLength() : 0;
+        c.masked = edit->echoMode() != QLineEdit::Normal;
     } else if (auto *plain = qobject_cast<QPlainTextEdit *>(focus)) {
         c.present = true;
         c.text = plain->toPlainText();
@@ -119,19 +125,22 @@ template <class Edit> void selectIn(Edit *edit, const ActiveControl &c) {
     edit->setTextCursor(cursor);
 }
 
+// Writes back after the command: the text only where it changed (Cut,
+// Paste), so that a Copy is no edit of the box; then the selection, which
+// shows what Copy took.
 void writeFocused(const ActiveControl &c) {
     QWidget *focus = QApplication::focusWidget();
     if (auto *edit = qobject_cast<QLineEdit *>(focus)) {
         if (edit->isReadOnly()) return;
-        edit->setText(c.text);
+        if (edit->text() != c.text) edit->setText(c.text);
         edit->setSelection(c.selStart, c.selLength);
     } else if (auto *plain = qobject_cast<QPlainTextEdit *>(focus)) {
         if (plain->isReadOnly()) return;
-        plain->setPlainText(c.text);
+        if (plain->toPlainText() != c.text) plain->setPlainText(c.text);
         selectIn(plain, c);
     } else if (auto *rich = qobject_cast<QTextEdit *>(focus)) {
         if (rich->isReadOnly()) return;
-        rich->setPlainText(c.text);
+        if (rich->toPlainText() != c.text) rich->setPlainText(c.text);
         selectIn(rich, c);
     }
 }

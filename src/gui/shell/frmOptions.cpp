@@ -201,8 +201,8 @@ QWidget *frmOptions::listsTab() {
         auto *box = new QLineEdit(fields);
         txtUserDefined[static_cast<size_t>(i)] = box;
         form->addRow(QStringLiteral("User Def %1").arg(i + 1), box);
-        connect(box, &QLineEdit::textEdited, this,
-                [this, i](const QString &text) { m_model.txtUserDefined[static_cast<size_t>(i)] = text; });
+        onTextTyped(
+            box, [this, i](const QString &text) { m_model.txtUserDefined[static_cast<size_t>(i)] = text; });
     }
     auto *layout = new QGridLayout(tab);
     layout->addWidget(categories, 0, 0);
@@ -248,7 +248,8 @@ QWidget *frmOptions::pinTab() {
     PIN = new QLineEdit(PinFrame);
     PIN->setObjectName(QStringLiteral("PIN"));
     PIN->setContextMenuPolicy(Qt::NoContextMenu);
-    connect(PIN, &QLineEdit::textEdited, this, [this](const QString &text) { m_model.PIN = text; });
+    keepOutOfSelection(PIN);
+    onTextTyped(PIN, [this](const QString &text) { m_model.PIN = text; });
     auto *sections = new QGroupBox(QStringLiteral("Sections"), PinFrame);
     auto *grid = new QGridLayout(sections);
     for (int i = 0; i < 9; ++i) {

@@ -31,8 +31,7 @@ frmInputbox::frmInputbox(km::frmInputbox &model, QWidget *parent)
     layout->addWidget(buttons);
     setMinimumWidth(360);
 
-    connect(txtInput, &QLineEdit::textChanged, this,
-            [this](const QString &text) { m_model.txtInput = text; });
+    onTextTyped(txtInput, [this](const QString &text) { m_model.txtInput = text; });
     connect(cmdOK, &QPushButton::clicked, this, [this] {
         command([&] {
             m_model.txtInput = txtInput->text();

@@ -23,6 +23,7 @@ frmPW::frmPW(km::frmPW &model, QWidget *parent) : ModelDialog(model, parent), m_
     // Nothing typed here may leave through the clipboard or a drag.
     txtInput->setContextMenuPolicy(Qt::NoContextMenu);
     txtInput->setDragEnabled(false);
+    keepOutOfSelection(txtInput);
     chkShowClear = new QCheckBox(this);
     cmdOK = new QPushButton(QStringLiteral("OK"), this);
     cmdOK->setDefault(true);
@@ -41,7 +42,7 @@ frmPW::frmPW(km::frmPW &model, QWidget *parent) : ModelDialog(model, parent), m_
     layout->addWidget(buttons);
     setMinimumWidth(380);
 
-    connect(txtInput, &QLineEdit::textChanged, this, [this](const QString &text) {
+    onTextTyped(txtInput, [this](const QString &text) {
         command([&] {
             m_model.txtInput = text;
             m_model.txtInput_Change();
