@@ -98,6 +98,9 @@ void keepOutOfSelection(QWidget *box) {
 
 void showsRecordValue(QWidget *field) {
     keepOutOfSelection(field);
+    // The box's own menu would copy past the wipe; a field that offers the
+    // program's Copy has set its own menu already.
+    if (field->contextMenuPolicy() == Qt::DefaultContextMenu) field->setContextMenuPolicy(Qt::NoContextMenu);
     field->setProperty(kRecordValue, true);
     field->installEventFilter(new RecordFieldKeys(field));
 }

@@ -47,7 +47,8 @@ void keepOutOfSelection(QWidget *box);
 // and arms the clipboard wipe, and which takes the whole value when nothing
 // is selected and always the whole of a masked one
 // (ActiveControl::recordValue). In a dialog the box's own remain, under the
-// shield's arming of the wipe.
+// shield's arming of the wipe. The box's own right-click menu, whose Copy
+// would pass the wipe by, is not offered.
 void showsRecordValue(QWidget *field);
 bool isRecordValue(const QWidget *field);
 

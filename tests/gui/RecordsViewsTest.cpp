@@ -4,9 +4,11 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QContextMenuEvent>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPlainTextEdit>
+#include <QTimer>
 #include <QToolButton>
 
 #include "GuiSupport.h"
@@ -67,6 +69,23 @@ TEST_F(RecordsViewsTest, AMemoAddedThroughTheModelShowsInTheList) {
     view.ListSelect->setCurrentRow(1);
     EXPECT_EQ(model.ListSelect.ListIndex(), 1);
     EXPECT_EQ(view.txtSubject->text(), QStringLiteral("Zebra crossing"));
+
+    // A right click on a record's text offers no menu of the box's own, whose
+    // Copy would pass the clipboard wipe by.
+    view.show();
+    for (QWidget *target : {static_cast<QWidget *>(view.txtSubject), view.txtInput->viewport()}) {
+        bool popped = false;
+        QTimer::singleShot(0, [&popped] {
+            if (QWidget *menu = QApplication::activePopupWidget()) {
+                popped = true;
+                menu->close();
+            }
+        });
+        QContextMenuEvent click(QContextMenuEvent::Mouse, QPoint(5, 5), target->mapToGlobal(QPoint(5, 5)));
+        QApplication::sendEvent(target, &click);
+        QApplication::processEvents();
+        EXPECT_FALSE(popped) << target->metaObject()->className();
+    }
 }
 
 // The memo in the pane edits in place under the shield: what is typed goes to
