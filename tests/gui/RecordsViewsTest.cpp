@@ -36,6 +36,18 @@ protected:
         startApp();
         SectionFixture::SetUp();
     }
+    // New memos through the model, each with the body "two eggs".
+    void addMemos(km::frmNotepad &model, std::initializer_list<const char *> subjects) {
+        for (const char *subject : subjects) {
+            ui.answerInput(QString::fromLatin1(subject));
+            ui.onModal<km::frmEditNotepad>([](km::frmEditNotepad &e) {
+                e.ctlNote = QStringLiteral("two eggs");
+                e.cmdOK_Click();
+                return true;
+            });
+            model.cmdAdd_Click();
+        }
+    }
 };
 
 } // namespace
@@ -47,15 +59,7 @@ TEST_F(RecordsViewsTest, AMemoAddedThroughTheModelShowsInTheList) {
     view.sync();
     EXPECT_EQ(view.ListSelect->count(), 0);
 
-    for (const char *subject : {"Zebra crossing", "apple pie"}) {
-        ui.answerInput(QString::fromLatin1(subject));
-        ui.onModal<km::frmEditNotepad>([](km::frmEditNotepad &e) {
-            e.ctlNote = QStringLiteral("two eggs");
-            e.cmdOK_Click();
-            return true;
-        });
-        model.cmdAdd_Click();
-    }
+    addMemos(model, {"Zebra crossing", "apple pie"});
     view.sync();
     ASSERT_EQ(view.ListSelect->count(), 2);
     EXPECT_EQ(view.ListSelect->item(0)->text(), QStringLiteral("apple pie"));
@@ -96,15 +100,7 @@ TEST_F(RecordsViewsTest, AMemoEditedInThePaneIsStoredWhenLeft) {
     shell.showPrivate = true;
     km::frmNotepad model(context());
     model.Form_Load();
-    for (const char *subject : {"apple pie", "Zebra crossing"}) {
-        ui.answerInput(QString::fromLatin1(subject));
-        ui.onModal<km::frmEditNotepad>([](km::frmEditNotepad &e) {
-            e.ctlNote = QStringLiteral("two eggs");
-            e.cmdOK_Click();
-            return true;
-        });
-        model.cmdAdd_Click();
-    }
+    addMemos(model, {"apple pie", "Zebra crossing"});
     km::gui::frmNotepad view(model);
     view.resize(640, 420);
     view.sync();
