@@ -7,6 +7,7 @@
 
 #include "calendar/Recurrence.h"
 #include "calendar/RulePrompts.h"
+#include "calendar/frmEditCalendar.h"
 #include "platform/Engine.h"
 #include "store/CONVERSION.h"
 #include "store/CRY.h"
@@ -398,6 +399,100 @@ std::optional<AppointmentRecord> AppointmentFromAssignments(const QList<QPair<QS
         r.ctlRedoString = *redo;
     }
     return r;
+}
+
+QString EditUsage() {
+    return QStringLiteral("kmd edit STORE ID [start=\"yyyy-MM-dd HH:mm\"] [end=\"yyyy-MM-dd HH:mm\"] "
+                          "[subject=TEXT location=TEXT notes=TEXT private=True allday=1 alarm=LEAD|none] "
+                          "[rule=RULE|none]  (an appointment; RULE as kmd add takes it, without except=)");
+}
+
+bool ApplyAssignments(frmEditCalendar &editor, const QList<QPair<QString, QString>> &assignments,
+                      QString *error) {
+    std::optional<qint32> start, end;
+    std::optional<bool> allday, priv;
+    std::optional<int> lead;
+    bool alarmOff = false;
+    std::optional<QString> ruleText, subject, location, notes;
+    for (const auto &[key, value] : assignments) {
+        const QString k = key.trimmed().toLower();
+        if (k == QLatin1String("start")) {
+            if (!(start = momentOfText(value, error, k))) return false;
+        } else if (k == QLatin1String("end")) {
+            if (!(end = momentOfText(value, error, k))) return false;
+        } else if (k == QLatin1String("subject")) {
+            subject = value;
+        } else if (k == QLatin1String("location")) {
+            location = value;
+        } else if (k == QLatin1String("notes")) {
+            notes = value;
+        } else if (k == QLatin1String("private") || k == QLatin1String("allday")) {
+            const auto t = truthOf(value);
+            if (!t) return fail(error, QStringLiteral("%1: True or False, 1 or 0").arg(k));
+            (k == QLatin1String("private") ? priv : allday) = *t;
+        } else if (k == QLatin1String("alarm")) {
+            const QString v = value.trimmed().toLower();
+            if (v.isEmpty() || v == QLatin1String("none")) {
+                alarmOff = true;
+                lead.reset();
+            } else if (!(lead = wholeNumber(value, -MinutesPerDay, 100 * MinutesPerDay))) {
+                return fail(error, QStringLiteral("alarm: the lead in minutes before the start, or none"));
+            } else {
+                alarmOff = false;
+            }
+        } else if (k == QLatin1String("rule")) {
+            ruleText = value;
+        } else {
+            return fail(error, QStringLiteral("Unknown field of an appointment: %1").arg(key));
+        }
+    }
+
+    // The times first, on the day they name; a series follows the date.
+    const qint32 oldStart = editor.times.start;
+    const qint32 oldEnd = editor.times.end;
+    const qint32 newStart = start.value_or(oldStart);
+    const qint32 nextMidnight = newStart - MinuteOfDayOfMoment(newStart) + MinutesPerDay;
+    qint32 newEnd = std::min(newStart + (oldEnd - oldStart), nextMidnight);
+    if (end) {
+        if (*end < newStart || *end > nextMidnight)
+            return fail(error, QStringLiteral("end: from the start to the next midnight at most"));
+        newEnd = *end;
+    }
+    QByteArray rule; // empty: none
+    if (ruleText) {
+        const QString t = ruleText->trimmed().toLower();
+        if (t != QLatin1String("none") && t != QLatin1String("0")) {
+            const auto redo = RuleFromText(*ruleText, DateOfMoment(newStart), error);
+            if (!redo) return false;
+            rule = *redo;
+            if (redo->size() != RuleHeaderLength)
+                return fail(error, QStringLiteral("rule: the editor keeps a rule of seven bytes, without "
+                                                  "excepted days"));
+        }
+    }
+
+    if (subject) editor.ctlSubject = *subject;
+    if (location) editor.ctlLocation = *location;
+    if (notes) editor.ctlNotes = *notes;
+    if (priv) editor.ctlPrivate = *priv;
+    if (start || end) {
+        if (DateOfMoment(newStart) != editor.ctlDate) editor.ctlDate_Change(DateOfMoment(newStart));
+        if (editor.ctlAllday && !allday) editor.ctlAllday_Click(false);
+        editor.setTimes(newStart, newEnd);
+    }
+    if (allday) editor.ctlAllday_Click(*allday);
+    if (alarmOff) editor.ctlAlarmYN_Click(false);
+    if (lead) {
+        editor.ctlAlarmYN_Click(true);
+        editor.setAlarmLead(*lead);
+    }
+    if (ruleText) {
+        if (rule.isEmpty())
+            editor.Redo_Click(frmEditCalendar::OptionNone);
+        else
+            editor.LoadRule(rule);
+    }
+    return true;
 }
 
 QString OccurrenceLine(qint64 id, qint32 start, const QString &subject) {

@@ -58,6 +58,22 @@ std::optional<QByteArray> RuleFromText(const QString &text, const QDate &startDa
 std::optional<AppointmentRecord> AppointmentFromAssignments(const QList<QPair<QString, QString>> &assignments,
                                                             int userNumber, QString *error);
 
+class frmEditCalendar;
+
+// The usage of the calendar's half of "kmd edit".
+QString EditUsage();
+
+// The assignments of "kmd edit" (the names "kmd add" takes) applied to an
+// editor that has loaded the row, each through the control it names: start=
+// moves the date as the date picker does (a series follows) and keeps the
+// length unless end= is given; allday= ticks or unticks the box; alarm=LEAD
+// ticks the alarm with that lead (alarm=none unticks it); rule= replaces the
+// rule as the rule frame would show it, rule=none removes it. False, and the
+// reason in error, for a bad field or value; then the editor is not to be
+// saved.
+bool ApplyAssignments(frmEditCalendar &editor, const QList<QPair<QString, QString>> &assignments,
+                      QString *error);
+
 // "fPK<TAB>yyyy-MM-dd HH:mm<TAB>subject"; tabs and line breaks of the
 // subject become blanks, so that one occurrence stays one line.
 QString OccurrenceLine(qint64 id, qint32 start, const QString &subject);

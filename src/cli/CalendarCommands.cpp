@@ -22,6 +22,13 @@
 //     (end kind 0); endkind= sets the end bits as given; except= lists
 //     excepted days. Example: rule=weekly:Mo+Th:2,last=2024-12-31
 //
+//   kmd edit STORE ID NAME=VALUE...
+//     changes an appointment or series through the appointment editor: the
+//     row is loaded as the editor loads it, each field goes through the
+//     control it names, and the editor's save writes it (nothing when nothing
+//     changed). The names are those of add; alarm=none unticks the alarm and
+//     rule=none ends the series as a single appointment.
+//
 //   kmd occurrences STORE FROM TO [--show-private]
 //     every occurrence of the days FROM to TO (yyyy-MM-dd) in the calendar's
 //     order, one a line: fPK, TAB, "yyyy-MM-dd HH:mm", TAB, subject.
@@ -33,6 +40,8 @@
 
 #include "calendar/CALENDAR.h"
 #include "calendar/CalendarText.h"
+#include "calendar/frmEditCalendar.h"
+#include "shell/BasicShell.h"
 #include "platform/Engine.h"
 #include "ui/LanguageUS.h"
 #include "store/Users.h"
@@ -54,9 +63,37 @@ int addAppointment(cli::Context &ctx, const QStringList &assignments) {
     const auto record = CALENDAR::AppointmentFromAssignments(*pairs, Users::state().User.Number, &error);
     if (!record) return ctx.fail(error + QStringLiteral("\nusage: ") + CALENDAR::AddUsage(), cli::ExitUsage);
     try {
-        const qint64 id = CALENDAR::WriteAppointment(0, *record);
+        const qint64 id =
+            CALENDAR::SaveAppointmentRecord(0, true, CALENDAR::AppointmentRecord{}, *record, record->UserNumber).id;
         if (id == 0) return ctx.fail(LanguageUS::MessageText(MsgUpdateImpossible));
         *ctx.out << id << Qt::endl;
+    } catch (const km::EngineError &e) {
+        return ctx.fail(QStringLiteral("%1 (%2)").arg(e.description()).arg(e.number()));
+    }
+    return cli::ExitOk;
+}
+
+int editAppointment(cli::Context &ctx, qint64 id, const QStringList &assignments) {
+    QString bad;
+    const auto pairs = cli::ParseAssignments(assignments, &bad);
+    if (!pairs) return ctx.fail(QStringLiteral("Not of the form name=value: %1").arg(bad), cli::ExitUsage);
+    try {
+        const auto stored = CALENDAR::ReadAppointment(id);
+        if (!stored) return ctx.fail(LanguageUS::MessageText(31));
+        // The editor opens the row as the calendar opens it on its first occurrence.
+        CALENDAR::CalendarState state;
+        state.gEditIsNew = false;
+        state.gEditId = id;
+        state.gEditStart = stored->ctlAppoStart;
+        state.gEditEnd = stored->ctlAppoEnd;
+        km::BasicShell shell;
+        CALENDAR::frmEditCalendar editor(shell.context(), state);
+        if (!editor.Form_Activate()) return cli::ExitFailure;
+        QString error;
+        if (!CALENDAR::ApplyAssignments(editor, *pairs, &error))
+            return ctx.fail(error + QStringLiteral("\nusage: ") + CALENDAR::EditUsage(), cli::ExitUsage);
+        editor.SaveAppointment();
+        if (!editor.closeRequested) return cli::ExitFailure; // the editor refused the save and said why
     } catch (const km::EngineError &e) {
         return ctx.fail(QStringLiteral("%1 (%2)").arg(e.description()).arg(e.number()));
     }
@@ -84,6 +121,7 @@ int occurrences(cli::Context &ctx) {
 
 [[maybe_unused]] const bool calendarSectionRegistered = [] {
     cli::RegisterSectionAdd(CALENDAR::Section, addAppointment, CALENDAR::AddUsage());
+    cli::RegisterSectionEdit(CALENDAR::Section, editAppointment, CALENDAR::EditUsage());
     cli::RegisterSectionCheck(CALENDAR::Section, CALENDAR::CheckAppointmentRow);
     return true;
 }();

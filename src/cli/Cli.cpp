@@ -76,6 +76,14 @@ std::map<int, SectionAddEntry> &addTable() {
     static std::map<int, SectionAddEntry> table;
     return table;
 }
+struct SectionEditEntry {
+    SectionEdit edit;
+    QString usage;
+};
+std::map<int, SectionEditEntry> &editTable() {
+    static std::map<int, SectionEditEntry> table;
+    return table;
+}
 } // namespace
 
 void Register(const Command &command) {
@@ -96,6 +104,21 @@ std::optional<SectionAdd> SectionAddFor(int section) {
 QStringList SectionAddUsages() {
     QStringList usages;
     for (const auto &[section, entry] : addTable())
+        usages << entry.usage;
+    return usages;
+}
+
+void RegisterSectionEdit(int section, SectionEdit edit, const QString &usage) {
+    editTable()[section] = {std::move(edit), usage};
+}
+std::optional<SectionEdit> SectionEditFor(int section) {
+    auto it = editTable().find(section);
+    if (it == editTable().end()) return std::nullopt;
+    return it->second.edit;
+}
+QStringList SectionEditUsages() {
+    QStringList usages;
+    for (const auto &[section, entry] : editTable())
         usages << entry.usage;
     return usages;
 }

@@ -95,6 +95,15 @@ std::optional<SectionAdd> SectionAddFor(int section);
 // The usage of every section's add, by section code.
 QStringList SectionAddUsages();
 
+// Section-specific halves of kmd edit: the general command logs in, reads the
+// row's section and hands the row id and the assignments to that section's
+// edit. usage is as in "kmd edit STORE ID Subject=... [Memo=...]".
+using SectionEdit = std::function<int(Context &, qint64 id, const QStringList &assignments)>;
+void RegisterSectionEdit(int section, SectionEdit edit, const QString &usage);
+std::optional<SectionEdit> SectionEditFor(int section);
+// The usage of every section's edit, by section code.
+QStringList SectionEditUsages();
+
 // "name=value" assignments into pairs; a malformed one is an error.
 std::optional<QList<QPair<QString, QString>>> ParseAssignments(const QStringList &items, QString *bad);
 

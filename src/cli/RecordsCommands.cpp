@@ -12,7 +12,8 @@
 //   kmd add STORE 14 Subject=... [Memo=...] [Private=True] [category=ID]
 //   kmd add STORE 16 n0=... [n1=... n4=...] [notes=...] [Private=True] [kind=K]
 //     prints the new fPK.
-//   kmd edit STORE ID NAME=VALUE ...    the same names; category= / kind= move the row.
+//   kmd edit STORE ID NAME=VALUE ...    the same names; category= / kind= move the row
+//     (the general edit of StoreCommands hands these rows here).
 //   kmd delete STORE ID
 #include "cli/Cli.h"
 
@@ -189,41 +190,38 @@ int addTo(Context &ctx, int section, const QStringList &assignments) {
     return ExitOk;
 }
 
-int edit(Context &ctx) {
+int editMemo(Context &ctx, qint64 id, const QStringList &assignments) {
     QString bad;
-    const auto pairs = ParseAssignments(ctx.positional.mid(2), &bad);
+    const auto pairs = ParseAssignments(assignments, &bad);
     if (!pairs) return ctx.fail("Not of the form name=value: " + bad, ExitUsage);
-    const qint64 id = ctx.positional.at(1).toLongLong();
-    if (int e = Login(ctx, ctx.positional.at(0))) return e;
-    const km::SortedSection::StoredRecord r = km::SortedSection::ReadRecord(db::Store(), id);
-    if (!r.found) return ctx.fail(QStringLiteral("No record found"));
     QString why;
-    qint64 saved = 0;
-    if (r.section == km::frmNotepad::Section) {
-        km::BasicShell shell;
-        km::frmNotepad w(shell.context());
-        CATEGORIES::FillCategorySelector(w.cboCategories, r.section, true, true, false);
-        CATEGORIES::FillCategorySelector(w.cboCategory, r.section, false, true, false);
-        w.listSelect_Initialize(id);
-        if (w.RowId != id) {
-            // A private memo is not in the list while private records are hidden.
-            SessionGuards::state().ShowPrivate = true;
-            w.listSelect_Initialize(id);
-        }
-        if (!applyMemo(w, *pairs, &why)) return ctx.fail(why, ExitUsage);
-        saved = w.SaveRecord();
-    } else if (r.section == km::frmClassified::Section) {
+    km::BasicShell shell;
+    km::frmNotepad w(shell.context());
+    CATEGORIES::FillCategorySelector(w.cboCategories, km::frmNotepad::Section, true, true, false);
+    CATEGORIES::FillCategorySelector(w.cboCategory, km::frmNotepad::Section, false, true, false);
+    w.listSelect_Initialize(id);
+    if (w.RowId != id) {
+        // A private memo is not in the list while private records are hidden.
         SessionGuards::state().ShowPrivate = true;
-        km::BasicShell shell;
-        km::frmClassified w(shell.context());
-        w.cat_Click(r.g1);
         w.listSelect_Initialize(id);
-        if (!applyConfidential(w, *pairs, &why)) return ctx.fail(why, ExitUsage);
-        saved = w.SaveRecord();
-    } else {
-        return ctx.fail(QStringLiteral("Records of section %1 are not edited here.").arg(r.section));
     }
-    return saved ? ExitOk : ExitFailure;
+    if (!applyMemo(w, *pairs, &why)) return ctx.fail(why, ExitUsage);
+    return w.SaveRecord() ? ExitOk : ExitFailure;
+}
+
+int editConfidential(Context &ctx, qint64 id, const QStringList &assignments) {
+    QString bad;
+    const auto pairs = ParseAssignments(assignments, &bad);
+    if (!pairs) return ctx.fail("Not of the form name=value: " + bad, ExitUsage);
+    const km::SortedSection::StoredRecord r = km::SortedSection::ReadRecord(db::Store(), id);
+    QString why;
+    SessionGuards::state().ShowPrivate = true;
+    km::BasicShell shell;
+    km::frmClassified w(shell.context());
+    w.cat_Click(r.g1);
+    w.listSelect_Initialize(id);
+    if (!applyConfidential(w, *pairs, &why)) return ctx.fail(why, ExitUsage);
+    return w.SaveRecord() ? ExitOk : ExitFailure;
 }
 
 int remove(Context &ctx) {
@@ -273,15 +271,6 @@ Registration
         {StoreArgument(), idArgument()},
         {},
         show});
-Registration
-    r3({QStringLiteral("edit"),
-        QStringLiteral("Changes fields of a memo or confidential record, with the names kmd add takes; "
-                       "category= or kind= moves it."),
-        {StoreArgument(),
-         idArgument(),
-         {QStringLiteral("NAME=VALUE"), QStringLiteral("a field and its new value"), Argument::OneOrMore}},
-        {},
-        edit});
 Registration r4({QStringLiteral("delete"),
                  QStringLiteral("Deletes a record."),
                  {StoreArgument(), idArgument()},
@@ -298,6 +287,12 @@ struct SectionHalves {
             km::frmClassified::Section,
             [](Context &ctx, const QStringList &a) { return addTo(ctx, km::frmClassified::Section, a); },
             kConfidentialAddUsage);
+        RegisterSectionEdit(km::frmNotepad::Section, editMemo,
+                            QStringLiteral("kmd edit STORE ID [Subject=...] [Memo=...] [Private=True] "
+                                           "[category=ID]  (a memo)"));
+        RegisterSectionEdit(km::frmClassified::Section, editConfidential,
+                            QStringLiteral("kmd edit STORE ID [n0=... n4=...] [notes=...] [Private=True] "
+                                           "[kind=K]  (a confidential record)"));
         RegisterSectionCheck(km::frmNotepad::Section,
                              [](km::RowSet &row, const QByteArray &clear, QString *why) {
                                  return checkSorted(row, clear, km::frmNotepad::Subject, why);

@@ -1,5 +1,6 @@
 // kmd commands on the store as a whole: create, info, check, passwd,
-// categories, compact, repair.
+// categories, compact, repair, and the record commands that go by section:
+// add (by the section given) and edit (by the section the row belongs to).
 #include <QFileInfo>
 
 #include "cli/Cli.h"
@@ -162,6 +163,22 @@ int add(Context &ctx) {
     return (*handler)(ctx, ctx.positional.mid(2));
 }
 
+int edit(Context &ctx) {
+    bool ok = false;
+    const qint64 id = ctx.positional.at(1).toLongLong(&ok);
+    if (!ok || id <= 0) return ctx.fail(QStringLiteral("ID is a row's fPK: %1").arg(ctx.positional.at(1)), ExitUsage);
+    if (int e = Login(ctx, ctx.positional.at(0))) return e;
+    auto rows = db::Store().OpenRowSet(
+        QStringLiteral("SELECT fSec FROM tt WHERE fPK=%1 WITH OWNERACCESS OPTION;").arg(id), km::Snapshot);
+    if (rows->Eof()) return ctx.fail(LanguageUS::MessageText(31) + QStringLiteral(": %1").arg(id));
+    const int section = rows->GetColumn(QStringLiteral("fSec")).toInt();
+    rows.reset();
+    const auto handler = SectionEditFor(section);
+    if (!handler)
+        return ctx.fail(QStringLiteral("Records of section %1 are not edited here (row %2).").arg(section).arg(id));
+    return (*handler)(ctx, id, ctx.positional.mid(2));
+}
+
 Argument section(const QString &which) {
     return {QStringLiteral("SECTION"), which};
 }
@@ -177,6 +194,15 @@ Registration
         {},
         add,
         [] { return QStringLiteral("Fields:\n  ") + SectionAddUsages().join(QStringLiteral("\n  ")); }});
+Registration re({QStringLiteral("edit"),
+                 QStringLiteral("Changes fields of a record, with the names kmd add takes for its section "
+                                "(memos: category= moves it; confidential data: kind= moves it)."),
+                 {StoreArgument(),
+                  {QStringLiteral("ID"), QStringLiteral("the record's fPK")},
+                  {QStringLiteral("NAME=VALUE"), QStringLiteral("a field and its new value"), Argument::OneOrMore}},
+                 {},
+                 edit,
+                 [] { return QStringLiteral("Fields:\n  ") + SectionEditUsages().join(QStringLiteral("\n  ")); }});
 Registration r1(
     {QStringLiteral("create"),
      QStringLiteral("Creates a new store with the user \"Admin\"; the passphrase given is its first."),
