@@ -170,12 +170,12 @@ int edit(Context &ctx) {
     if (int e = Login(ctx, ctx.positional.at(0))) return e;
     auto rows = db::Store().OpenRowSet(
         QStringLiteral("SELECT fSec FROM tt WHERE fPK=%1 WITH OWNERACCESS OPTION;").arg(id), km::Snapshot);
-    if (rows->Eof()) return ctx.fail(LanguageUS::MessageText(31) + QStringLiteral(": %1").arg(id));
+    if (rows->Eof()) return ctx.fail(LanguageUS::MessageText(31));
     const int section = rows->GetColumn(QStringLiteral("fSec")).toInt();
     rows.reset();
     const auto handler = SectionEditFor(section);
     if (!handler)
-        return ctx.fail(QStringLiteral("Records of section %1 are not edited here (row %2).").arg(section).arg(id));
+        return ctx.fail(QStringLiteral("Records of section %1 are not edited here.").arg(section));
     return (*handler)(ctx, id, ctx.positional.mid(2));
 }
 
