@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QFileSystemWatcher>
 
+#include "gui/calendar/frmEditCalendar.h"
 #include "gui/records/RecordsViews.h"
 #include "gui/shell/frmMDI.h"
 #include "platform/Environment.h"
@@ -29,6 +30,7 @@ Program::Program() {
     setDesktop(&desktop);
     records::RegisterSections();
     RegisterRecordsViews(dialogs);
+    dialogs.addWindow<CALENDAR::frmEditCalendar, frmEditCalendar>();
     model.raiseOtherInstance = [] {
         QFile request(RaiseRequestPath());
         if (request.open(QIODevice::WriteOnly | QIODevice::Append)) request.write("raise\n");

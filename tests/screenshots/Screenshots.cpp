@@ -1,14 +1,22 @@
 #include "screenshots/Screenshots.h"
 
+#include <functional>
+
 #include <QApplication>
 #include <QCheckBox>
 #include <QDir>
 #include <QLineEdit>
+#include <QComboBox>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QTabWidget>
 #include <QTimer>
 
+#include "calendar/CALENDAR.h"
+#include "calendar/frmEditCalendar.h"
+#include "gui/calendar/frmEditCalendar.h"
 #include "gui/shell/frmMDI.h"
 #include "gui/shell/frmOptions.h"
 #include "gui/shell/frmTip.h"
@@ -16,6 +24,7 @@
 #include "gui/store/frmMenuDB.h"
 #include "gui/store/frmPW.h"
 #include "records/frmClassified.h"
+#include "shell/BasicShell.h"
 #include "records/frmNotepad.h"
 #include "shell/frmMDI.h"
 #include "store/CATEGORIES.h"
@@ -37,6 +46,9 @@ public:
     QString pwAnswer;                                  // empty: the passphrase
     bool cancelPw = false;                             // picture only, then Cancel
     int messages = 0;
+    // The appointment editor's next picture: what the person does in it first, and its name.
+    std::function<void(frmEditCalendar &)> calendarSetup;
+    QString calendarShot = QStringLiteral("appointment");
 
     void save(QWidget *w, const QString &name) {
         QApplication::processEvents();
@@ -84,6 +96,10 @@ public:
         } else if (auto *menu = qobject_cast<frmMenuDB *>(d)) {
             save(menu, QStringLiteral("menudb"));
             menu->cmdCancel->click();
+        } else if (auto *cal = qobject_cast<frmEditCalendar *>(d)) {
+            if (calendarSetup) calendarSetup(*cal);
+            save(cal, calendarShot);
+            cal->cmdEsc->click();
         } else if (auto *cats = qobject_cast<frmEditCategories *>(d)) {
             save(cats, QStringLiteral("categories"));
             cats->cmdEsc->click();
@@ -107,6 +123,62 @@ void StartScreenshots(const QString &folder, const QString &passphrase) {
 }
 
 namespace {
+
+// The appointment editor as a person fills it: a single appointment, a weekly
+// series, a monthly series on the n-th weekday and an all-day event. Each is
+// left with Esc, so nothing is written.
+void TourAppointmentEditor() {
+    Photographer &p = *g_photographer;
+    km::BasicShell shell;
+    const auto type = [](QLineEdit *box, const QString &text) { box->setText(text); };
+    struct Shot {
+        const char *name;
+        int startHour, endHour;
+        std::function<void(frmEditCalendar &)> setup;
+    };
+    const QList<Shot> shots = {
+        {"appointment-single", 10, 11,
+         [&](frmEditCalendar &e) {
+             type(e.ctlSubject, QStringLiteral("Dentist"));
+             type(e.ctlLocation, QStringLiteral("Dr. Brandt, Mill Street 4"));
+             e.ctlAlarmYN->click();
+             e.ctlAlarmAnticipate->setCurrentIndex(3);
+             Q_EMIT e.ctlAlarmAnticipate->activated(3);
+             e.ctlNotes->setPlainText(QStringLiteral("Bring the insurance card."));
+         }},
+        {"appointment-weekly", 9, 9,
+         [&](frmEditCalendar &e) {
+             type(e.ctlSubject, QStringLiteral("Team standup"));
+             e.Redo[1]->click();
+             e.RedoWD[4]->click();
+         }},
+        {"appointment-monthly-nth", 18, 20,
+         [&](frmEditCalendar &e) {
+             type(e.ctlSubject, QStringLiteral("Book club"));
+             e.Redo[3]->click();
+             e.RedoAlt[1][1]->click();
+         }},
+        {"appointment-allday", 0, 0,
+         [&](frmEditCalendar &e) {
+             type(e.ctlSubject, QStringLiteral("Mother's birthday"));
+             e.ctlAllday->click();
+             e.Redo[4]->click();
+         }},
+    };
+    for (const Shot &shot : shots) {
+        CALENDAR::CalendarState state;
+        state.calDate = QDate(2024, 5, 14);
+        if (shot.startHour) {
+            state.gEditStart = CALENDAR::MomentOf(state.calDate, shot.startHour * 60);
+            state.gEditEnd = CALENDAR::MomentOf(state.calDate, shot.endHour * 60 + (shot.endHour == shot.startHour ? 15 : 30));
+        }
+        CALENDAR::frmEditCalendar editor(shell.context(), state);
+        p.calendarSetup = shot.setup;
+        p.calendarShot = QString::fromLatin1(shot.name);
+        ui().showModal(editor);
+    }
+    p.calendarSetup = nullptr;
+}
 
 // The memo and confidential sections with a few records written through their
 // models' save paths, then their editors; ends the program.
@@ -152,6 +224,7 @@ void TourRecords(frmMDI &window, km::frmMDI &model) {
         text.txt = data->txtNotes;
         ui().showModal(text);
     }
+    TourAppointmentEditor();
     QTimer::singleShot(300, &window, [&model] { model.ExitProgram(); });
 }
 
