@@ -85,45 +85,17 @@ qint16 days16(const QDate &date) {
     return CONVERSION::DateToDays16(QVariant(date));
 }
 
-// The last day of count occurrences, as the rule dialog reckons it; first
-// moves to the series' first occurrence where the dialog moves it. A last day
-// after the calendar's is told with message 150 and comes back as that day.
+// The last day of count occurrences, as the rule frame reckons it; first
+// moves to the series' first occurrence where the frame moves it. Any last
+// day after the calendar's is limited to it (the monthly rule's too).
 QDate lastDayFromCount(int kind, int b1, int b2, QDate &first, int count) {
+    WeekFlags flags{};
+    for (int i = 0; i < 7; ++i)
+        flags[static_cast<size_t>(i)] = ((b1 >> AbsoluteWeekday(i + 1)) & 1) != 0;
     const int ordinal = (b1 & 63) >> 3;
-    const int localWeekday = LocalWeekday(b1 & 7);
-    QDate end = first;
-    switch (kind) {
-    case RedoWeekly:
-    case RedoWorkday: {
-        WeekFlags flags{};
-        for (int i = 0; i < 7; ++i) {
-            const int w = AbsoluteWeekday(i + 1);
-            flags[static_cast<size_t>(i)] = kind == RedoWorkday ? (w >= 2 && w <= 6) : ((b1 >> w) & 1) != 0;
-        }
-        end = WeeklyEndDate(first, count, kind == RedoWorkday ? 1 : b2, flags);
-        break;
-    }
-    case RedoDaily:
-        end = first.addDays(static_cast<qint64>(count - 1) * b2);
-        break;
-    case RedoMonthly:
-        end = first.addMonths((count - 1) * b2);
-        break;
-    case RedoMonthlyNth:
-        first = NthOccurrenceDate(first, ordinal, localWeekday, 1, QStringLiteral("m"), b2, 0);
-        end = NthOccurrenceDate(first, ordinal, localWeekday, count, QStringLiteral("m"), b2, 0);
-        break;
-    case RedoYearly:
-        end = first.addYears(count - 1);
-        break;
-    case RedoYearlyNth:
-        first = NthOccurrenceDate(first, ordinal, localWeekday, 1, QStringLiteral("yyyy"), 1, b2);
-        end = NthOccurrenceDate(first, ordinal, localWeekday, count, QStringLiteral("yyyy"), 1, b2);
-        break;
-    default:
-        break;
-    }
-    return ClampUpperDateTelling(km::ui(), end);
+    const int weekday = LocalWeekday(std::clamp(b1 & 7, 1, 7));
+    return ClampUpperDateTelling(km::ui(),
+                                 ComputeRuleEnd(km::ui(), kind, first, count, b2, flags, ordinal, weekday, b2).end);
 }
 
 std::optional<qint32> momentOfText(const QString &text, QString *error, const QString &what) {

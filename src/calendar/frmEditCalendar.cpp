@@ -120,6 +120,58 @@ SavedAppointment SaveAppointmentRecord(qint64 rowId, bool isNew, const Appointme
     return {id, id != 0};
 }
 
+RuleEnd ComputeRuleEnd(km::Dialogs &ui, int kind, QDate &start, int count, int step, const WeekFlags &weekFlags,
+                       int ordinal, int weekday, int month) {
+    RuleEnd c;
+    const auto clamp = [&ui](const QDate &d) { return ClampUpperDateTelling(ui, d); };
+    step = std::max(1, step);
+    switch (kind) {
+    case RedoWeekly:
+    case RedoWorkday: {
+        WeekFlags flags = weekFlags;
+        if (kind == RedoWorkday) {
+            step = 1;
+            for (int i = 0; i < 7; ++i)
+                flags[static_cast<size_t>(i)] = isWorkday(i);
+        }
+        // The first day moves to the first ticked weekday on or after it.
+        c.end = clamp(WeeklyEndDate(start, count, step, flags));
+        c.count = CountWeeklyOccurrences(start, c.end, flags, step);
+        break;
+    }
+    case RedoDaily:
+        c.end = clamp(start.addDays(static_cast<qint64>(count - 1) * step));
+        c.count = static_cast<int>(start.daysTo(c.end) / step) + 1;
+        break;
+    case RedoMonthly:
+        c.end = start.addMonths((count - 1) * step);
+        c.count = count;
+        break;
+    case RedoMonthlyNth:
+    case RedoYearlyNth: {
+        const bool yearly = kind == RedoYearlyNth;
+        const QString unit = yearly ? QStringLiteral("yyyy") : QStringLiteral("m");
+        if (yearly) step = 1;
+        const int inMonth = yearly ? month : 0;
+        start = NthOccurrenceDate(start, ordinal, weekday, 1, unit, step, inMonth);
+        c.end = clamp(NthOccurrenceDate(start, ordinal, weekday, count, unit, step, inMonth));
+        c.count = CountNthOccurrences(start, ordinal, weekday, c.end, unit, step);
+        break;
+    }
+    case RedoYearly: {
+        c.end = clamp(start.addYears(count - 1));
+        const QDate anniversary = MakeDate(c.end.year(), start.month(), start.day());
+        c.count = c.end.year() - start.year() + 1 - (c.end < anniversary ? 1 : 0);
+        break;
+    }
+    default:
+        c.end = start;
+        c.count = 1;
+        break;
+    }
+    return c;
+}
+
 const std::array<AlarmEntry, 11> &AlarmEntries(bool allDay) {
     return allDay ? kAllDayLeads : kTimedLeads;
 }
@@ -748,53 +800,10 @@ void frmEditCalendar::RecalcRedoEnd() {
 }
 
 frmEditCalendar::Computed frmEditCalendar::ComputeEnd() {
-    Computed c;
-    const auto clamp = [this](const QDate &d) { return ClampUpperDateTelling(m_ctx.dialogs, d); };
-    switch (redoKind) {
-    case RedoWeekly:
-    case RedoWorkday: {
-        const int step = redoKind == RedoWorkday ? 1 : interval;
-        WeekFlags flags = weekFlags;
-        if (redoKind == RedoWorkday)
-            for (int i = 0; i < 7; ++i)
-                flags[static_cast<size_t>(i)] = isWorkday(i);
-        QDate s = redoStart;
-        c.end = clamp(WeeklyEndDate(s, redoCount, step, flags));
-        QDate s2 = redoStart;
-        c.count = CountWeeklyOccurrences(s2, c.end, flags, step);
-        break;
-    }
-    case RedoDaily:
-        c.end = clamp(redoStart.addDays(static_cast<qint64>(redoCount - 1) * interval));
-        c.count = static_cast<int>(redoStart.daysTo(c.end) / interval) + 1;
-        break;
-    case RedoMonthly:
-        c.end = redoStart.addMonths((redoCount - 1) * interval);
-        c.count = redoCount;
-        break;
-    case RedoMonthlyNth:
-    case RedoYearlyNth: {
-        const bool yearly = redoKind == RedoYearlyNth;
-        const QString unit = yearly ? QStringLiteral("yyyy") : QStringLiteral("m");
-        const int step = yearly ? 1 : interval2;
-        const int month = yearly ? monthPick : 0;
-        redoStart = NthOccurrenceDate(redoStart, ordinalPick, weekdayPick, 1, unit, step, month);
-        c.end = clamp(NthOccurrenceDate(redoStart, ordinalPick, weekdayPick, redoCount, unit, step, month));
-        c.count = CountNthOccurrences(redoStart, ordinalPick, weekdayPick, c.end, unit, step);
-        break;
-    }
-    case RedoYearly: {
-        c.end = clamp(redoStart.addYears(redoCount - 1));
-        const QDate anniversary = MakeDate(c.end.year(), redoStart.month(), redoStart.day());
-        c.count = c.end.year() - redoStart.year() + 1 - (c.end < anniversary ? 1 : 0);
-        break;
-    }
-    default:
-        c.end = redoStart;
-        c.count = 1;
-        break;
-    }
-    return c;
+    const int step = redoKind == RedoMonthlyNth ? interval2 : interval;
+    const RuleEnd r = ComputeRuleEnd(m_ctx.dialogs, redoKind, redoStart, redoCount, step, weekFlags, ordinalPick,
+                                     weekdayPick, monthPick);
+    return {r.end, r.count};
 }
 
 void frmEditCalendar::EndFromCount() {

@@ -30,6 +30,7 @@
 #include "calendar/CalendarState.h"
 #include "calendar/Recurrence.h"
 #include "shell/SectionContext.h"
+#include "ui/Dialogs.h"
 #include "shell/frmMDI.h"
 #include "ui/Controls.h"
 #include "ui/WindowModel.h"
@@ -51,6 +52,20 @@ struct SavedAppointment {
 // rowId 0 or a row that is gone makes a new row.
 SavedAppointment SaveAppointmentRecord(qint64 rowId, bool isNew, const AppointmentRecord &loaded,
                                        AppointmentRecord edited, int userNumber);
+
+// The last day of count occurrences of a rule of the given kind from start,
+// and the count the rule frame reads back up to that day, as the editor
+// reckons them: weekFlags, weekday (the n-th weekday's) in the system's week
+// order; step the interval (weeks, days, months), ignored where the kind has
+// none; month the yearly n-th weekday's. For the weekly and n-th weekday kinds
+// start moves to the first occurrence. A last day after the calendar's is told
+// (message 150) and limited, except for the monthly rule on a day.
+struct RuleEnd {
+    QDate end;
+    int count = 0;
+};
+RuleEnd ComputeRuleEnd(km::Dialogs &ui, int kind, QDate &start, int count, int step, const WeekFlags &weekFlags,
+                       int ordinal, int weekday, int month);
 
 // The eleven alarm leads of a timed and of an all-day event, in list order.
 // The all-day leads are times of the event's own day; "18:00" stands for
