@@ -307,6 +307,24 @@ TEST_F(EditorTest, EachKindOfSeriesSavesTheRuleItShows) {
     }
 }
 
+TEST_F(EditorTest, AnEarlierNthWeekdayOffersTheNextMonth) {
+    auto e = newOn("2024-05-14"); // the second Tuesday
+    e->Redo_Click(frmEditCalendar::OptionMonthly);
+    e->RedoAlt_Click(1);
+    EXPECT_EQ(e->cboRedoWhen.Text(), "second");
+    ui.answer(km::Answer::Yes);
+    e->cboRedoWhen_Click(0); // the first Tuesday of May lies before the 14th
+    EXPECT_TRUE(ui.shown.value(0).startsWith("No date fullfilling criteria"));
+    EXPECT_EQ(e->redoStart, D("2024-06-04"));
+    EXPECT_EQ(e->redoDate, D("2024-06-04")); // the event moves with the series
+    ui.answer(km::Answer::No);
+    e->cboRedoWeekday_Click(1); // Monday: the 3rd of June, before the 4th; No keeps it
+    EXPECT_EQ(e->redoStart, D("2024-06-03"));
+    const QByteArray rule = saveRule(*e);
+    EXPECT_EQ(static_cast<quint8>(rule.at(1)), 2 + 8 * 1); // Monday, first
+    EXPECT_EQ(Expand(rule, "2024-06-01", "2024-08-31"), (QStringList{"2024-06-03", "2024-07-01", "2024-08-05"}));
+}
+
 TEST_F(EditorTest, NumberBoxesTakeDigitsOnly) {
     auto e = newOn("2024-05-06");
     e->Redo_Click(frmEditCalendar::OptionDaily);
