@@ -6,6 +6,8 @@
 #include <QFile>
 #include <QFileSystemWatcher>
 
+#include "calendar/frmCalendar.h"
+#include "gui/calendar/frmCalendar.h"
 #include "gui/records/RecordsViews.h"
 #include "gui/shell/frmMDI.h"
 #include "platform/Environment.h"
@@ -28,7 +30,9 @@ Program::Program() {
     setClipboard(&clipboard);
     setDesktop(&desktop);
     records::RegisterSections();
+    CALENDAR::RegisterSections();
     RegisterRecordsViews(dialogs);
+    RegisterCalendarViews();
     model.raiseOtherInstance = [] {
         QFile request(RaiseRequestPath());
         if (request.open(QIODevice::WriteOnly | QIODevice::Append)) request.write("raise\n");
