@@ -262,28 +262,36 @@ void frmCalendar::collect() {
     const qint32 first = firstMoment();
     const qint32 last = lastMoment();
 
-    // Each row is read once, however many occurrences it has in the view.
+    // Each row is read once, however many occurrences it has in the view, and
+    // all of them by one query.
     struct RowRead {
         bool found = false;
         AppointmentRecord record;
     };
     QHash<qint64, RowRead> rows;
+    QStringList ids;
+    for (const Occurrence &o : m_occurrences)
+        if (o.start >= first && o.start < last && !rows.contains(o.id)) {
+            rows.insert(o.id, RowRead{});
+            ids << QString::number(o.id);
+        }
+    if (!ids.isEmpty()) {
+        auto rs = m_context.store.OpenRowSet(QStringLiteral("SELECT fPK, fEtx FROM tt WHERE fPK IN (%1) AND fSec=%2 "
+                                                            "WITH OWNERACCESS OPTION;")
+                                                 .arg(ids.join(QLatin1Char(',')))
+                                                 .arg(Section),
+                                             km::Snapshot);
+        for (; !rs->Eof(); rs->MoveNext()) {
+            RowRead &read = rows[rs->GetColumn(QStringLiteral("fPK")).toLongLong()];
+            km::SecureBytes clear = CRY::DecryptFieldBytes(rs->GetColumn(QStringLiteral("fEtx")).toByteArray());
+            read.found = true;
+            read.record = AppointmentFromClear(clear);
+            km::wipe(clear);
+        }
+    }
     for (const Occurrence &o : m_occurrences) {
         if (o.start < first || o.start >= last) continue;
-        auto it = rows.find(o.id);
-        if (it == rows.end()) {
-            RowRead read;
-            auto rs = m_context.store.OpenRowSet(
-                QStringLiteral("SELECT fEtx FROM tt WHERE fPK=%1 WITH OWNERACCESS OPTION;").arg(o.id),
-                km::Snapshot);
-            if (!rs->Eof()) {
-                km::SecureBytes clear = CRY::DecryptFieldBytes(rs->GetColumn(QStringLiteral("fEtx")).toByteArray());
-                read.found = true;
-                read.record = AppointmentFromClear(clear);
-                km::wipe(clear);
-            }
-            it = rows.insert(o.id, std::move(read));
-        }
+        const auto it = rows.constFind(o.id);
         if (!it->found) continue;
         const AppointmentRecord &r = it->record;
         CalendarBox b;

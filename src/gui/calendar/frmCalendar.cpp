@@ -390,8 +390,11 @@ void CalendarFrame::paintStrip(QPainter &p) {
         if (d == m.state.calDate) p.fillRect(head.adjusted(1, 1, -1, -1), QColor(228, 234, 246));
         p.setPen(colour);
         p.setFont(bold);
-        p.drawText(head.adjusted(0, 3, 0, -HeaderHeight / 2), Qt::AlignHCenter | Qt::AlignVCenter,
-                   locale.toString(d, QStringLiteral("dddd")));
+        // The weekday's full name, or its short one where the column is narrow.
+        QString weekday = locale.toString(d, QStringLiteral("dddd"));
+        if (QFontMetricsF(bold).horizontalAdvance(weekday) > colPx - 4)
+            weekday = locale.toString(d, QStringLiteral("ddd"));
+        p.drawText(head.adjusted(0, 3, 0, -HeaderHeight / 2), Qt::AlignHCenter | Qt::AlignVCenter, weekday);
         p.setFont(font());
         p.drawText(head.adjusted(0, HeaderHeight / 2 - 1, 0, -2), Qt::AlignHCenter | Qt::AlignVCenter,
                    locale.toString(d, QLocale::ShortFormat));
@@ -455,13 +458,15 @@ void CalendarFrame::paintBox(QPainter &p, const CalendarBox &b, const QRectF &r,
     }
     if (!marks.isEmpty()) x += fm.horizontalAdvance(QStringLiteral("  ")) - 2;
     p.setPen(Qt::black);
-    QString first = b.subject;
+    const QString first = b.subject;
     if (!b.allDay && text.height() >= 2 * line) {
+        // The start time over the subject; the whole span is in the tool tip.
         QFont bold = p.font();
         bold.setBold(true);
         p.setFont(bold);
-        p.drawText(QRectF(x, text.top(), text.right() - x, line), Qt::AlignLeft | Qt::AlignVCenter,
-                   m.BoxTimeText(b));
+        const QString time = m.BoxTimeText(b).section(QStringLiteral(" - "), 0, 0);
+        if (QFontMetricsF(bold).horizontalAdvance(time) <= text.right() - x)
+            p.drawText(QRectF(x, text.top(), text.right() - x, line), Qt::AlignLeft | Qt::AlignVCenter, time);
         p.setFont(font());
         p.setFont(QFont(p.font().family(), 8));
         const QRectF rest(text.left(), text.top() + line, text.width(), text.height() - line);
