@@ -105,7 +105,7 @@ std::vector<Occurrence> CollectOccurrences(km::StoreDb &store, const QDate &firs
         const qint32 h = DateKey(last, SeriesStartKey).high;
         const qint32 l = DateKey(first, SeriesEndKey).low;
         auto rows =
-            store.OpenRowSet(QStringLiteral("SELECT * FROM tt WHERE (fSec=12) AND (fSub >= 148) AND ((fR4 < "
+            store.OpenRowSet(QStringLiteral("SELECT fPK, fT1, fT3 FROM tt WHERE (fSec=12) AND (fSub >= 148) AND ((fR4 < "
                                             "%1 AND fR2 > %2)) WITH OWNERACCESS OPTION;")
                                  .arg(h)
                                  .arg(l),
@@ -135,7 +135,7 @@ std::vector<Occurrence> CollectOccurrences(km::StoreDb &store, const QDate &firs
         const DateKeyValue hi = DateKey(last, DayKey);
         const qint64 width = static_cast<qint64>(hi.high) - hi.low + 1;
         auto rows =
-            store.OpenRowSet(QStringLiteral("SELECT * FROM tt WHERE ((fSec=12) AND (fSub < 148) AND (fR3 "
+            store.OpenRowSet(QStringLiteral("SELECT fPK, fT1 FROM tt WHERE ((fSec=12) AND (fSub < 148) AND (fR3 "
                                             "Between %1 And %2)) ORDER BY Int([fR3]/%3), fR1 WITH "
                                             "OWNERACCESS OPTION;")
                                  .arg(lo.low)

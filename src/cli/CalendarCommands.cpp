@@ -33,6 +33,17 @@
 //     every occurrence of the days FROM to TO (yyyy-MM-dd) in the calendar's
 //     order, one a line: fPK, TAB, "yyyy-MM-dd HH:mm", TAB, subject.
 //
+//   kmd move STORE ID FROM_START NEW_START [--end NEW_END]
+//     what a drag of the occurrence of ID that starts at FROM_START does: the
+//     row (a series: its time of day) moves to NEW_START, keeping its length
+//     unless --end gives the new end; with NEW_START equal to FROM_START only
+//     the end changes. Moments "yyyy-MM-dd HH:mm".
+//
+//   kmd layout STORE DATE --view day|workweek|week [--show-private]
+//     the boxes of the view of DATE in the order the window lays them out:
+//     fPK, start, end, allday (0/1), boxSlot, boxColumns, marks (A alarm,
+//     B private, C recurring, G notes) and subject, TAB-separated.
+//
 //   kmd check: the calendar's rows must agree with their records (fT1 and
 //     fR3 with the start, fSub's class with the rule, fT3 the rule or seven
 //     noise bytes, a series' fR4 and fR2 with its first and last day).
@@ -41,6 +52,7 @@
 #include "calendar/CALENDAR.h"
 #include "calendar/CalendarText.h"
 #include "calendar/frmEditCalendar.h"
+#include "calendar/frmCalendar.h"
 #include "shell/BasicShell.h"
 #include "platform/Engine.h"
 #include "ui/LanguageUS.h"
@@ -119,6 +131,56 @@ int occurrences(cli::Context &ctx) {
     return cli::ExitOk;
 }
 
+std::optional<qint32> momentArgument(const QString &text) {
+    const QDateTime t = QDateTime::fromString(text, QStringLiteral("yyyy-MM-dd HH:mm"));
+    if (!t.isValid()) return std::nullopt;
+    return CALENDAR::MomentOf(t.date(), t.time().hour() * 60 + t.time().minute());
+}
+
+int moveOccurrence(cli::Context &ctx) {
+    bool idOk = false;
+    const qint64 id = ctx.positional.at(1).toLongLong(&idOk);
+    const auto from = momentArgument(ctx.positional.at(2));
+    const auto to = momentArgument(ctx.positional.at(3));
+    const auto endText = ctx.value(QStringLiteral("end"));
+    const auto end = endText ? momentArgument(*endText) : std::nullopt;
+    if (!idOk || !from || !to || (endText && !end))
+        return ctx.fail(QStringLiteral("ID is a number; FROM_START, NEW_START and NEW_END are \"yyyy-MM-dd HH:mm\""),
+                        cli::ExitUsage);
+    const int rc = cli::Login(ctx, ctx.positional.at(0));
+    if (rc != 0) return rc;
+    try {
+        km::BasicShell shell;
+        CALENDAR::frmCalendar view(shell.context());
+        QString why;
+        if (!view.MoveOccurrence(id, *from, *to, end, &why)) return ctx.fail(why);
+    } catch (const km::EngineError &e) {
+        return ctx.fail(QStringLiteral("%1 (%2)").arg(e.description()).arg(e.number()));
+    }
+    return cli::ExitOk;
+}
+
+int layout(cli::Context &ctx) {
+    const QDate date = QDate::fromString(ctx.positional.at(1), QStringLiteral("yyyy-MM-dd"));
+    const QString viewName = ctx.value(QStringLiteral("view")).value_or(QString());
+    static const QStringList views = {QStringLiteral("day"), QStringLiteral("workweek"), QStringLiteral("week")};
+    const int mode = static_cast<int>(views.indexOf(viewName));
+    if (!date.isValid() || mode < 0)
+        return ctx.fail(QStringLiteral("DATE is yyyy-MM-dd; --view is day, workweek or week"), cli::ExitUsage);
+    const int rc = cli::Login(ctx, ctx.positional.at(0));
+    if (rc != 0) return rc;
+    try {
+        km::BasicShell shell;
+        for (const QString &line :
+             CALENDAR::LayoutLines(shell.context(), date, mode, ctx.flag(QStringLiteral("show-private"))))
+            *ctx.out << line << '\n';
+        ctx.out->flush();
+    } catch (const km::EngineError &e) {
+        return ctx.fail(QStringLiteral("%1 (%2)").arg(e.description()).arg(e.number()));
+    }
+    return cli::ExitOk;
+}
+
 [[maybe_unused]] const bool calendarSectionRegistered = [] {
     cli::RegisterSectionAdd(CALENDAR::Section, addAppointment, CALENDAR::AddUsage());
     cli::RegisterSectionEdit(CALENDAR::Section, editAppointment, CALENDAR::EditUsage());
@@ -135,5 +197,27 @@ const cli::Registration occurrencesCommand(
       {QStringLiteral("TO"), QStringLiteral("the last day, yyyy-MM-dd, not before FROM")}},
      {{QStringLiteral("show-private"), QStringLiteral("Shows private appointments too.")}},
      occurrences});
+
+const cli::Registration moveCommand(
+    {QStringLiteral("move"),
+     QStringLiteral("Moves the occurrence of ID that starts at FROM_START to NEW_START, as a drag in the "
+                    "calendar does: a series keeps its days and takes the new time. The length stays unless "
+                    "--end gives the new end."),
+     {cli::StoreArgument(),
+      {QStringLiteral("ID"), QStringLiteral("fPK of the appointment or series")},
+      {QStringLiteral("FROM_START"), QStringLiteral("the occurrence's start, \"yyyy-MM-dd HH:mm\"")},
+      {QStringLiteral("NEW_START"), QStringLiteral("its new start, \"yyyy-MM-dd HH:mm\"")}},
+     {{QStringLiteral("end"), QStringLiteral("The new end, \"yyyy-MM-dd HH:mm\"."), QStringLiteral("NEW_END")}},
+     moveOccurrence});
+
+const cli::Registration layoutCommand(
+    {QStringLiteral("layout"),
+     QStringLiteral("Prints the boxes of the calendar view of DATE in layout order, one a line: fPK, start, "
+                    "end, allday, boxSlot, boxColumns, marks, subject, TAB-separated, dates as "
+                    "\"yyyy-MM-dd HH:mm\"."),
+     {cli::StoreArgument(), {QStringLiteral("DATE"), QStringLiteral("a day of the view, yyyy-MM-dd")}},
+     {{QStringLiteral("view"), QStringLiteral("The view: day, workweek or week."), QStringLiteral("VIEW")},
+      {QStringLiteral("show-private"), QStringLiteral("Shows private appointments too.")}},
+     layout});
 
 } // namespace

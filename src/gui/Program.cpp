@@ -7,6 +7,8 @@
 #include <QFileSystemWatcher>
 
 #include "gui/calendar/frmEditCalendar.h"
+#include "calendar/frmCalendar.h"
+#include "gui/calendar/frmCalendar.h"
 #include "gui/records/RecordsViews.h"
 #include "gui/shell/frmMDI.h"
 #include "platform/Environment.h"
@@ -29,8 +31,10 @@ Program::Program() {
     setClipboard(&clipboard);
     setDesktop(&desktop);
     records::RegisterSections();
+    CALENDAR::RegisterSections();
     RegisterRecordsViews(dialogs);
     dialogs.addWindow<CALENDAR::frmEditCalendar, frmEditCalendar>();
+    RegisterCalendarViews();
     model.raiseOtherInstance = [] {
         QFile request(RaiseRequestPath());
         if (request.open(QIODevice::WriteOnly | QIODevice::Append)) request.write("raise\n");

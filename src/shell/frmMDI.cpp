@@ -320,6 +320,10 @@ void frmMDI::buildMenus() {
                                  {item("mnuCalendarImportPalm", "&Palm Datebook"),
                                   item("mnuCalendarImportOutlook", "&Outlook Calendar")}),
                          item("mnuCalendarArchive", "&Delete/Archive...")};
+    // Ctrl+1 to Ctrl+3 switch among the day, work-week and week views.
+    for (MenuItem &view : calendar.children)
+        if (view.name == QLatin1String("mnuCalendarView") && view.index >= 0 && view.index < 3)
+            view.shortcut = QStringLiteral("Ctrl+%1").arg(view.index + 1);
 
     // The context menus: in the bar, never shown there.
     std::vector<MenuItem> context = {
@@ -696,6 +700,8 @@ void frmMDI::optSection_ButtonClick(int button) {
     for (size_t i = 0; i < optSection.size(); ++i)
         optSection[i].pressed = static_cast<int>(i) == button - 1;
     loadSection(std::move(next));
+    // The calendar opens in the stored view: its button is the pressed one.
+    if (code == 12) showCalendarView(Startvariables::state().CalView <= 3 ? Startvariables::state().CalView : 2);
     SetSectionMenus(true);
 }
 
@@ -747,13 +753,18 @@ void frmMDI::Toolbar1_ButtonClick(const QString &key) {
     static const QStringList views = {"btnDay", "btnWork", "btnWeek", "btnMonth"};
     const int view = static_cast<int>(views.indexOf(key));
     if (view < 0) return;
-    CalendarView = view;
     Startvariables::state().CalView = static_cast<quint8>(view);
+    showCalendarView(view);
+    forwardToSection(QStringLiteral("CalendarView"), view);
+}
+
+void frmMDI::showCalendarView(int view) {
+    static const QStringList views = {"btnDay", "btnWork", "btnWeek", "btnMonth"};
+    CalendarView = view;
     for (int i = 0; i < 4; ++i) {
         toolButton(views.at(i))->pressed = i == view;
         if (MenuItem *m = menu(QStringLiteral("mnuCalendarView"), i)) m->enabled = i != view;
     }
-    forwardToSection(QStringLiteral("CalendarView"), view);
 }
 
 void frmMDI::menuClick(const QString &name, int index) {

@@ -280,6 +280,8 @@ public:
     void mnuViewSection_Click(int index);
     void mnuViewShowPrivate_Click();
     void mnuCalendarView_Click(int index);
+    // The view buttons and menu entries show the view in force (0 to 3).
+    void showCalendarView(int view);
     void mnuToolsBackup_Click();
     void mnuToolsDbUtilitiesRepairCompact_Click();
     void mnuToolsDbUtilitiesRestore_Click();

@@ -47,6 +47,64 @@ TEST(KmdCalendar, AddedSeriesAndAppointmentsOccur) {
     EXPECT_EQ(scratch.run({"check", s}).out, checked.out);
 }
 
+// The window's layout through kmd: overlaps side by side, the all-day strip
+// first, marks and private rows; then drags of a single row and of a series.
+TEST(KmdCalendar, LayoutAndMoveGoThroughTheCalendarWindow) {
+    const KmdScratch scratch;
+    const QString s = scratch.store;
+    const auto add = [&](const QStringList &fields) {
+        QStringList args = {"add", s, "12"};
+        const KmdResult r = scratch.run(args + fields);
+        EXPECT_EQ(r.status, 0) << testing::PrintToString(r);
+        return r.out.trimmed();
+    };
+    const QString a = add({"start=2024-05-06 09:00", "end=2024-05-06 10:00", "subject=A", "alarm=15"});
+    const QString b = add({"start=2024-05-06 09:15", "end=2024-05-06 09:45", "subject=B", "notes=n"});
+    const QString c = add({"start=2024-05-06 09:30", "end=2024-05-06 10:30", "subject=C", "private=True"});
+    const QString day = add({"start=2024-05-06 00:00", "end=2024-05-07 00:00", "subject=Fair", "allday=1"});
+    const QString weekly = add({"start=2024-05-06 14:00", "end=2024-05-06 15:00", "subject=Gym",
+                                "rule=weekly:Mo+We"});
+
+    const KmdResult all = scratch.run({"layout", s, "2024-05-06", "--view", "day", "--show-private"});
+    ASSERT_EQ(all.status, 0) << testing::PrintToString(all);
+    EXPECT_EQ(all.lines(), QStringList({day + "\t2024-05-06 00:00\t2024-05-07 00:00\t1\t1\t1\t\tFair",
+                                        a + "\t2024-05-06 09:00\t2024-05-06 10:00\t0\t1\t3\tA\tA",
+                                        b + "\t2024-05-06 09:15\t2024-05-06 09:45\t0\t2\t3\tG\tB",
+                                        c + "\t2024-05-06 09:30\t2024-05-06 10:30\t0\t3\t3\tB\tC",
+                                        weekly + "\t2024-05-06 14:00\t2024-05-06 15:00\t0\t1\t1\tC\tGym"}));
+    // Without private rows C is no box, and B no longer shares with it.
+    const KmdResult open = scratch.run({"layout", s, "2024-05-06", "--view", "day"});
+    EXPECT_EQ(open.lines().mid(1, 2),
+              QStringList({a + "\t2024-05-06 09:00\t2024-05-06 10:00\t0\t1\t2\tA\tA",
+                           b + "\t2024-05-06 09:15\t2024-05-06 09:45\t0\t2\t2\tG\tB"}));
+
+    // A drag of the series' Wednesday occurrence to Thursday 16:00: the series
+    // stays on its days at the new time.
+    const KmdResult moved = scratch.run({"move", s, weekly, "2024-05-08 14:00", "2024-05-09 16:00"});
+    ASSERT_EQ(moved.status, 0) << testing::PrintToString(moved);
+    EXPECT_EQ(scratch.run({"occurrences", s, "2024-05-06", "2024-05-12"}).lines().filter("Gym"),
+              QStringList({weekly + "\t2024-05-06 16:00\tGym", weekly + "\t2024-05-08 16:00\tGym"}));
+    // Only the end: B becomes longer; its start stays.
+    ASSERT_EQ(scratch.run({"move", s, b, "2024-05-06 09:15", "2024-05-06 09:15", "--end", "2024-05-06 11:00"})
+                  .status,
+              0);
+    const KmdResult week = scratch.run({"layout", s, "2024-05-06", "--view", "workweek"});
+    EXPECT_TRUE(week.lines().contains(b + "\t2024-05-06 09:15\t2024-05-06 11:00\t0\t2\t2\tG\tB"))
+        << testing::PrintToString(week);
+    // A single row moves to another day and keeps its length.
+    ASSERT_EQ(scratch.run({"move", s, a, "2024-05-06 09:00", "2024-05-07 13:00"}).status, 0);
+    EXPECT_TRUE(scratch.run({"layout", s, "2024-05-07", "--view", "day"})
+                    .lines()
+                    .contains(a + "\t2024-05-07 13:00\t2024-05-07 14:00\t0\t1\t1\tA\tA"));
+    EXPECT_EQ(scratch.run({"check", s}).lines().last(), "failed\t0");
+
+    // No occurrence there, or no view: nothing written, and a reason.
+    const KmdResult none = scratch.run({"move", s, a, "2024-05-06 09:00", "2024-05-08 09:00"});
+    EXPECT_EQ(none.status, 1);
+    EXPECT_FALSE(none.err.isEmpty());
+    EXPECT_EQ(scratch.run({"layout", s, "2024-05-07", "--view", "month"}).status, 64);
+}
+
 } // namespace
 
 namespace {

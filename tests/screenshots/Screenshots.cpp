@@ -17,7 +17,10 @@
 #include "calendar/CALENDAR.h"
 #include "calendar/frmEditCalendar.h"
 #include "gui/calendar/frmEditCalendar.h"
+#include "calendar/frmCalendar.h"
+#include "gui/calendar/frmCalendar.h"
 #include "gui/shell/frmMDI.h"
+#include "platform/Clock.h"
 #include "gui/shell/frmOptions.h"
 #include "gui/shell/frmTip.h"
 #include "gui/store/frmEditCategories.h"
@@ -180,6 +183,93 @@ void TourAppointmentEditor() {
     p.calendarSetup = nullptr;
 }
 
+// The calendar's week, work week and day with one box, three and eight
+// overlapping boxes and a strip of several all-day events, written through the
+// calendar's writer; then a drag in flight. Ends the program.
+void TourCalendar(frmMDI &window, km::frmMDI &model) {
+    Photographer &p = *g_photographer;
+    const QDate today = Clock::today();
+    const QDate monday = today.addDays(1 - today.dayOfWeek());
+    const auto add = [](const QDate &day, int from, int to, const QString &subject, int flags = 0,
+                        const QByteArray &rule = {}) {
+        CALENDAR::AppointmentRecord r;
+        r.UserNumber = 1;
+        r.ctlAllday = to == 0 ? 1 : 0;
+        r.ctlAppoStart = CALENDAR::MomentOf(day, to == 0 ? 0 : from);
+        r.ctlAppoEnd = to == 0 ? r.ctlAppoStart + CALENDAR::MinutesPerDay : CALENDAR::MomentOf(day, to);
+        r.ctlAlarmYN = flags & 1 ? 1 : 0;
+        r.ctlAlarmTime = r.ctlAppoStart - (flags & 1 ? 15 : 0);
+        r.ctlPrivate = (flags & 2) != 0;
+        r.ctlNotes = flags & 4 ? QStringLiteral("Agenda in the shared folder") : QString();
+        r.ctlSubject = subject;
+        r.ctlRedoString = rule;
+        CALENDAR::WriteAppointment(0, r);
+    };
+    add(monday, 9 * 60, 10 * 60 + 30, QStringLiteral("Team meeting"), 1 | 4);
+    const QDate tuesday = monday.addDays(1);
+    add(tuesday, 9 * 60, 10 * 60, QStringLiteral("Budget review"));
+    add(tuesday, 9 * 60 + 15, 9 * 60 + 45, QStringLiteral("Call with the bank"), 2);
+    add(tuesday, 9 * 60 + 30, 10 * 60 + 30, QStringLiteral("Dentist"), 1);
+    const QDate thursday = monday.addDays(3);
+    const QStringList eight = {"Workshop", "Interview", "Design review", "Coffee with Ann", "Planning",
+                               "Phone call", "Report", "Demo"};
+    for (int i = 0; i < 8; ++i)
+        add(thursday, 13 * 60 + 15 * i, 14 * 60 + 30 + 10 * i, eight.at(i), i % 3 == 0 ? 1 : 0);
+    const QDate wednesday = monday.addDays(2);
+    add(wednesday, 0, 0, QStringLiteral("Trade fair"));
+    add(wednesday, 0, 0, QStringLiteral("Mother's birthday"), 1);
+    add(wednesday, 0, 0, QStringLiteral("Office closed"));
+    add(monday.addDays(4), 0, 0, QStringLiteral("Holiday"));
+    CALENDAR::RedoRule gym;
+    gym.kind = CALENDAR::RedoWeekly;
+    gym.b1 = (1 << 2) | (1 << 4) | (1 << 6); // Monday, Wednesday, Friday
+    gym.b2 = 1;
+    gym.first = static_cast<qint16>(CALENDAR::DayNumber(monday) - CALENDAR::EpochDay);
+    gym.last = static_cast<qint16>(CALENDAR::DayNumber(QDate(2050, 1, 1)) - CALENDAR::EpochDay);
+    add(monday, 18 * 60, 19 * 60, QStringLiteral("Gym"), 0, CALENDAR::RedoString(gym));
+
+    model.optSection_ButtonClick(1);
+    auto *calendar = dynamic_cast<CALENDAR::frmCalendar *>(model.section());
+    if (!calendar) {
+        QTimer::singleShot(300, &window, [&model] { model.ExitProgram(); });
+        return;
+    }
+    const auto picture = [&](const QString &name) {
+        window.sync();
+        QApplication::processEvents();
+        if (auto *view = qobject_cast<gui::frmCalendar *>(window.sectionView())) view->scrollToRow(16);
+        p.save(&window, name);
+    };
+    model.Toolbar1_ButtonClick(QStringLiteral("btnWeek"));
+    calendar->SetDate(tuesday);
+    picture(QStringLiteral("calendar-week"));
+    model.menuClick(QStringLiteral("mnuCalendarView"), 1);
+    picture(QStringLiteral("calendar-workweek"));
+    model.menuClick(QStringLiteral("mnuCalendarView"), 0);
+    calendar->SetDate(thursday);
+    picture(QStringLiteral("calendar-day-eight"));
+    calendar->SetDate(tuesday);
+    picture(QStringLiteral("calendar-day-three"));
+    calendar->SetDate(monday);
+    picture(QStringLiteral("calendar-day-one"));
+
+    // A drag in flight: the shadow of Monday's meeting two rows lower.
+    model.menuClick(QStringLiteral("mnuCalendarView"), 2);
+    calendar->SetDate(monday);
+    window.sync();
+    for (size_t i = 0; i < calendar->boxes.size(); ++i) {
+        const CALENDAR::CalendarBox &b = calendar->boxes[i];
+        if (b.subject != QLatin1String("Team meeting")) continue;
+        calendar->BoxPress(static_cast<int>(i), b.box.left + 200, b.box.top + 100);
+        calendar->DragMove(b.box.left + 200 + calendar->colWidth(), b.box.top + 100 + 2 * CALENDAR::RowHeight,
+                           false);
+        break;
+    }
+    picture(QStringLiteral("calendar-drag"));
+    calendar->CancelDrag();
+    QTimer::singleShot(300, &window, [&model] { model.ExitProgram(); });
+}
+
 // The memo and confidential sections with a few records written through their
 // models' save paths, then their editors; ends the program.
 void TourRecords(frmMDI &window, km::frmMDI &model) {
@@ -225,7 +315,7 @@ void TourRecords(frmMDI &window, km::frmMDI &model) {
         ui().showModal(text);
     }
     TourAppointmentEditor();
-    QTimer::singleShot(300, &window, [&model] { model.ExitProgram(); });
+    TourCalendar(window, model);
 }
 
 } // namespace
