@@ -93,6 +93,10 @@ QList<FindHit> SearchSections(StoreDb &store, const FindRequest &request,
     // The packed record holds texts in their stored form (code page 1252,
     // other characters as references), so the text is looked for in that form.
     QByteArray needle = cp1252::toBytes(CONVERSION::TextToStored(request.text));
+    struct Wipe {
+        QByteArray &bytes;
+        ~Wipe() { wipe(bytes); }
+    } wipeNeedle{needle};
 
     struct Open {
         int box;
