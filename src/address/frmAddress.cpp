@@ -181,10 +181,8 @@ bool frmAddress::menuCommand(const QString &name, int, const QString &) {
         mnuAddressDeleteAll(0);
     else if (name == QLatin1String("mnuAddressExportTab"))
         ExportAddressTabDelimited();
-    else if (name.startsWith(QLatin1String("mnuAddressBoxRC")))
-        actionMenu_Click(name);
     else
-        return false;
+        return paneMenu.Click(name, ctx.shell, ctx.dialogs, fileAs);
     return true;
 }
 
@@ -375,29 +373,6 @@ void frmAddress::ExportAddressTabDelimited() {
 void frmAddress::GoToRecord(qint64 id) {
     CATEGORIES::SelectCategory(cboCategories, CATEGORIES::CategoryAll);
     listSelect_Initialize(id);
-}
-
-bool frmAddress::ShowActionMenu(TextActions::Selection &box) {
-    if (box.text.isEmpty()) return false;
-    const TextActions::Kind kind = TextActions::ClassifySelection(box);
-    ClickedText = box.selText();
-    if (ClickedText.isEmpty()) return false;
-    actionMenu = TextActions::MenuFor(kind, ClickedText);
-    return true;
-}
-
-void frmAddress::actionMenu_Click(const QString &name) {
-    using namespace TextActions;
-    if (name == QLatin1String("mnuAddressBoxRCcopy"))
-        CopyText(ctx.shell, ClickedText);
-    else if (name == QLatin1String("mnuAddressBoxRCStripped"))
-        CopyStripped(ctx.shell, ClickedText);
-    else if (name == QLatin1String("mnuAddressBoxRCSendMail"))
-        SendMail(ctx.dialogs, ClickedText);
-    else if (name == QLatin1String("mnuAddressBoxRCDialPhone"))
-        Dial(ctx.dialogs, ClickedText, fileAs);
-    else if (name == QLatin1String("mnuAddressBoxRCwww"))
-        OpenWebsite(ClickedText);
 }
 
 } // namespace km

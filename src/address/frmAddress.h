@@ -98,13 +98,9 @@ public:
     // Find's Go To: all categories, then the row selected.
     void GoToRecord(qint64 id);
 
-    // The right click on the pane: the word is classified and the menu's
-    // entries enabled; false when there is nothing to act on.
-    bool ShowActionMenu(TextActions::Selection &box);
-    TextActions::MenuState actionMenu;
-    QString ClickedText;
-    // An entry of the pane's menu, by its name.
-    void actionMenu_Click(const QString &name);
+    // The right click on the pane and its menu's entries (Dial calls the
+    // address's File as).
+    TextActions::PaneMenu paneMenu;
 
     std::optional<int> Filter() const;
 

@@ -95,6 +95,17 @@ std::optional<SectionAdd> SectionAddFor(int section);
 // The usage of every section's add, by section code.
 QStringList SectionAddUsages();
 
+// Section-specific halves of list, show and edit, for sections the records'
+// commands do not know: list runs after the arguments were checked, before
+// the login; show and edit once logged in, for a row of that section.
+struct SectionCommands {
+    std::function<int(Context &)> list;
+    std::function<int(Context &, qint64 id)> show;
+    std::function<int(Context &, qint64 id)> edit;
+};
+void RegisterSectionCommands(int section, SectionCommands commands);
+std::optional<SectionCommands> SectionCommandsFor(int section);
+
 // "name=value" assignments into pairs; a malformed one is an error.
 std::optional<QList<QPair<QString, QString>>> ParseAssignments(const QStringList &items, QString *bad);
 

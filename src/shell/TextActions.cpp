@@ -166,4 +166,29 @@ void MakeCall(Dialogs &dialogs, const QString &number, const QString &name) {
     desktop().openUrl(QStringLiteral("tel:") + n);
 }
 
+bool PaneMenu::ShowActionMenu(Selection &box) {
+    if (box.text.isEmpty()) return false;
+    const Kind kind = ClassifySelection(box);
+    ClickedText = box.selText();
+    if (ClickedText.isEmpty()) return false;
+    menu = MenuFor(kind, ClickedText);
+    return true;
+}
+
+bool PaneMenu::Click(const QString &entry, Shell &shell, Dialogs &dialogs, const QString &name) {
+    if (entry == QLatin1String("mnuAddressBoxRCcopy"))
+        CopyText(shell, ClickedText);
+    else if (entry == QLatin1String("mnuAddressBoxRCStripped"))
+        CopyStripped(shell, ClickedText);
+    else if (entry == QLatin1String("mnuAddressBoxRCSendMail"))
+        SendMail(dialogs, ClickedText);
+    else if (entry == QLatin1String("mnuAddressBoxRCDialPhone"))
+        Dial(dialogs, ClickedText, name);
+    else if (entry == QLatin1String("mnuAddressBoxRCwww"))
+        OpenWebsite(ClickedText);
+    else
+        return false;
+    return true;
+}
+
 } // namespace km::TextActions

@@ -66,6 +66,21 @@ void OpenWebsite(const QString &clickedText);
 void Dial(Dialogs &dialogs, const QString &clickedText, const QString &name);
 void MakeCall(Dialogs &dialogs, const QString &number, const QString &name);
 
+// The menu of a pane: what the last right click took, which entries it
+// enables, and an entry's command by its name (mnuAddressBoxRCcopy,
+// ...Stripped, ...SendMail, ...DialPhone, ...www).
+class PaneMenu {
+public:
+    // The right button's release on a box with text: the word is classified
+    // and marked in the box. False when there is nothing to act on.
+    bool ShowActionMenu(Selection &box);
+    // name: the called party of Dial.
+    bool Click(const QString &entry, Shell &shell, Dialogs &dialogs, const QString &name);
+
+    QString ClickedText;
+    MenuState menu;
+};
+
 } // namespace TextActions
 
 } // namespace km
