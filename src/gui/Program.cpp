@@ -6,10 +6,13 @@
 #include <QFile>
 #include <QFileSystemWatcher>
 
+#include "address/AddressSections.h"
+#include "gui/address/AddressViews.h"
 #include "gui/records/RecordsViews.h"
 #include "gui/shell/frmMDI.h"
 #include "platform/Environment.h"
 #include "records/RecordsSections.h"
+#include "shell/frmFind.h"
 
 namespace km::gui {
 
@@ -29,6 +32,12 @@ Program::Program() {
     setDesktop(&desktop);
     records::RegisterSections();
     RegisterRecordsViews(dialogs);
+    address::RegisterSections();
+    RegisterAddressViews(dialogs);
+    model.showFind = [this] {
+        km::frmFind find(model);
+        dialogs.showModal(find);
+    };
     model.raiseOtherInstance = [] {
         QFile request(RaiseRequestPath());
         if (request.open(QIODevice::WriteOnly | QIODevice::Append)) request.write("raise\n");

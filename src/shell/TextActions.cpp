@@ -87,8 +87,12 @@ Kind ClassifySelection(Selection &box) {
     QString word;
     if (box.selLength > 0) {
         word = box.selText();
-        if (word.endsWith(QLatin1String("\r\n"))) word.chop(2);
-        if (word.contains(u'\r')) return MultiLine;
+        // A box whose lines end in LF alone is taken the same way.
+        if (word.endsWith(QLatin1String("\r\n")))
+            word.chop(2);
+        else if (word.endsWith(u'\n'))
+            word.chop(1);
+        if (word.contains(u'\r') || word.contains(u'\n')) return MultiLine;
     } else {
         const QString &t = box.text;
         const int pos = std::clamp(box.selStart + box.selLength / 2, 0, static_cast<int>(t.size()));
