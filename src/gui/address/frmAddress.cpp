@@ -1,5 +1,6 @@
 #include "gui/address/frmAddress.h"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -32,16 +33,24 @@ class TwoColumns : public QStyledItemDelegate {
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
     void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override {
+        // Drawn through the style directly: the delegate's own paint would
+        // take the text from the model again.
+        QStyle *style = option.widget ? option.widget->style() : QApplication::style();
+        QStyleOptionViewItem row = option;
+        initStyleOption(&row, index);
+        row.text.clear();
+        style->drawControl(QStyle::CE_ItemViewItem, &row, painter, option.widget);
         QStyleOptionViewItem name = option;
         initStyleOption(&name, index);
-        const QString contact = index.data(ContactRole).toString();
         name.rect.setWidth(std::min(NameColumnWidth - 6, option.rect.width()));
-        QStyledItemDelegate::paint(painter, name, index);
-        QStyleOptionViewItem second = option;
-        initStyleOption(&second, index);
-        second.text = contact;
-        second.rect.setLeft(option.rect.left() + NameColumnWidth);
-        QStyledItemDelegate::paint(painter, second, index);
+        name.backgroundBrush = Qt::NoBrush;
+        name.state &= ~QStyle::State_HasFocus;
+        style->drawControl(QStyle::CE_ItemViewItem, &name, painter, option.widget);
+        QStyleOptionViewItem contact = name;
+        contact.text = index.data(ContactRole).toString();
+        contact.rect = option.rect;
+        contact.rect.setLeft(option.rect.left() + NameColumnWidth);
+        style->drawControl(QStyle::CE_ItemViewItem, &contact, painter, option.widget);
     }
 };
 
@@ -188,7 +197,7 @@ void frmAddress::setPaneSelection(const TextActions::Selection &box) {
 }
 
 bool frmAddress::eventFilter(QObject *watched, QEvent *event) {
-    if (watched == showContact->viewport() && event->type() == QEvent::MouseButtonRelease &&
+    if (showContact && watched == showContact->viewport() && event->type() == QEvent::MouseButtonRelease &&
         !m_model.showContact.text.isEmpty()) {
         auto *mouse = static_cast<QMouseEvent *>(event);
         if (!showContact->textCursor().hasSelection()) {
@@ -209,7 +218,7 @@ bool frmAddress::eventFilter(QObject *watched, QEvent *event) {
             return true;
         }
     }
-    if (watched == this && event->type() == QEvent::KeyPress) {
+    if (cmdEdit && watched == this && event->type() == QEvent::KeyPress) {
         auto *key = static_cast<QKeyEvent *>(event);
         if (key->modifiers() == Qt::ControlModifier) {
             if (key->key() == Qt::Key_N) {

@@ -214,7 +214,11 @@ void frmEditAddress::sync() {
     setWindowTitle(m_model.caption());
     for (size_t i = 0; i < ctl.size(); ++i)
         if (ctl[i]) drawText(ctl[i], m_model.ctl.value(static_cast<int>(i)));
-    drawCombo(ctlFileAs, m_model.ctlFileAs);
+    {
+        // The combo's refill writes into its line box: that is no typing.
+        const QSignalBlocker block(ctlFileAs->lineEdit());
+        drawCombo(ctlFileAs, m_model.ctlFileAs);
+    }
     drawCombo(ctlCategory, m_model.ctlCategory);
     if (QAbstractButton *b = ctlAddress->button(m_model.ctlAddress)) b->setChecked(true);
     pages->setCurrentIndex(m_model.ctlAddress);
