@@ -43,7 +43,7 @@ TEST_F(AddressViewsTest, TheListShowsTheContactAndThePaneMapsAWordToTheModel) {
     view.sync();
     ASSERT_EQ(view.ListSelect->count(), 1);
     EXPECT_EQ(view.ListSelect->item(0)->text(), "Berg");
-    EXPECT_EQ(view.ListSelect->item(0)->data(Qt::UserRole + 7).toString(), "030 1234 (H)");
+    EXPECT_EQ(view.ListSelect->item(0)->data(Qt::UserRole + 7).toString(), "030 1234 (W)");
     EXPECT_TRUE(view.showContact->toHtml().contains("font-weight:700")) << "labels in bold";
 
     // The caret in the mail address of the box: the model's text has CR LF
