@@ -101,6 +101,21 @@ std::optional<SectionAdd> SectionAddFor(int section) {
     if (it == addTable().end()) return std::nullopt;
     return it->second.add;
 }
+std::map<int, SectionCommands> &sectionCommandTable() {
+    static std::map<int, SectionCommands> table;
+    return table;
+}
+
+void RegisterSectionCommands(int section, SectionCommands commands) {
+    sectionCommandTable()[section] = std::move(commands);
+}
+
+std::optional<SectionCommands> SectionCommandsFor(int section) {
+    auto it = sectionCommandTable().find(section);
+    if (it == sectionCommandTable().end()) return std::nullopt;
+    return it->second;
+}
+
 QStringList SectionAddUsages() {
     QStringList usages;
     for (const auto &[section, entry] : addTable())

@@ -103,6 +103,15 @@ void RegisterSectionEdit(int section, SectionEdit edit, const QString &usage);
 std::optional<SectionEdit> SectionEditFor(int section);
 // The usage of every section's edit, by section code.
 QStringList SectionEditUsages();
+// Section-specific halves of list and show, for sections the records'
+// commands do not know: list runs after the arguments were checked, before
+// the login; show once logged in, for a row of that section.
+struct SectionCommands {
+    std::function<int(Context &)> list;
+    std::function<int(Context &, qint64 id)> show;
+};
+void RegisterSectionCommands(int section, SectionCommands commands);
+std::optional<SectionCommands> SectionCommandsFor(int section);
 
 // "name=value" assignments into pairs; a malformed one is an error.
 std::optional<QList<QPair<QString, QString>>> ParseAssignments(const QStringList &items, QString *bad);

@@ -65,8 +65,9 @@ std::optional<int> intOption(Context &ctx, const QString &name, bool *bad) {
 
 int list(Context &ctx) {
     const int section = ctx.positional.at(1).toInt();
+    if (const auto other = SectionCommandsFor(section); other && other->list) return other->list(ctx);
     if (section != km::frmNotepad::Section && section != km::frmClassified::Section)
-        return ctx.fail(QStringLiteral("Sections listed here: 14 (memos), 16 (confidential data)."),
+        return ctx.fail(QStringLiteral("Sections listed here: 11 (addresses), 14 (memos), 16 (confidential data)."),
                         ExitUsage);
     bool bad = false;
     const auto category = intOption(ctx, "category", &bad);
@@ -99,6 +100,7 @@ int show(Context &ctx) {
     if (int e = Login(ctx, ctx.positional.at(0))) return e;
     const km::SortedSection::StoredRecord r = km::SortedSection::ReadRecord(db::Store(), id);
     if (!r.found) return ctx.fail(QStringLiteral("No record found"));
+    if (const auto other = SectionCommandsFor(r.section); other && other->show) return other->show(ctx, id);
     const QStringList *names = r.section == km::frmNotepad::Section      ? &kMemoFields
                                : r.section == km::frmClassified::Section ? &kConfidentialFields
                                                                          : nullptr;
@@ -254,10 +256,11 @@ Argument idArgument() {
 
 Registration
     r1({QStringLiteral("list"),
-        QStringLiteral("Lists memos or confidential records as their window does: \"fPK<TAB>title\" "
-                       "a line."),
-        {StoreArgument(), {QStringLiteral("SECTION"), QStringLiteral("14 memos, 16 confidential data")}},
-        {{QStringLiteral("category"), QStringLiteral("Memos of this category only (default: all)."),
+        QStringLiteral("Lists addresses, memos or confidential records as their window does: "
+                       "\"fPK<TAB>title\" a line (addresses: \"fPK<TAB>FileAs<TAB>ContactLine\")."),
+        {StoreArgument(),
+         {QStringLiteral("SECTION"), QStringLiteral("11 addresses, 14 memos, 16 confidential data")}},
+        {{QStringLiteral("category"), QStringLiteral("Addresses or memos of this category only (default: all)."),
           QStringLiteral("ID")},
          {QStringLiteral("kind"), QStringLiteral("Confidential records of this kind, 1 to 16 (default: 1)."),
           QStringLiteral("K")},

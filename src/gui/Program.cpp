@@ -9,10 +9,13 @@
 #include "gui/calendar/frmEditCalendar.h"
 #include "calendar/frmCalendar.h"
 #include "gui/calendar/frmCalendar.h"
+#include "address/AddressSections.h"
+#include "gui/address/AddressViews.h"
 #include "gui/records/RecordsViews.h"
 #include "gui/shell/frmMDI.h"
 #include "platform/Environment.h"
 #include "records/RecordsSections.h"
+#include "shell/frmFind.h"
 
 namespace km::gui {
 
@@ -35,6 +38,12 @@ Program::Program() {
     RegisterRecordsViews(dialogs);
     dialogs.addWindow<CALENDAR::frmEditCalendar, frmEditCalendar>();
     RegisterCalendarViews();
+    address::RegisterSections();
+    RegisterAddressViews(dialogs);
+    model.showFind = [this] {
+        km::frmFind find(model);
+        dialogs.showModal(find);
+    };
     model.raiseOtherInstance = [] {
         QFile request(RaiseRequestPath());
         if (request.open(QIODevice::WriteOnly | QIODevice::Append)) request.write("raise\n");

@@ -183,4 +183,16 @@ void frmClassified::CopyField(int field) {
     if (!text.isEmpty()) ctx.shell.copyText(text);
 }
 
+bool frmClassified::ShowActionMenu(int field, TextActions::Selection &box) {
+    if (field >= 0 && field < 5 && masked[static_cast<size_t>(field)]) {
+        box.selStart = 0;
+        box.selLength = static_cast<int>(box.text.size());
+    }
+    return paneMenu.ShowActionMenu(box);
+}
+
+bool frmClassified::menuCommand(const QString &name, int, const QString &) {
+    return paneMenu.Click(name, ctx.shell, ctx.dialogs, txtCtl[0]);
+}
+
 } // namespace km

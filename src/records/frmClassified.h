@@ -10,6 +10,7 @@
 #include <QStringList>
 
 #include "shell/SortedSection.h"
+#include "shell/TextActions.h"
 #include "ui/Controls.h"
 
 namespace km {
@@ -78,6 +79,13 @@ public:
     // The right mouse button on a field (0 to 4) or the notes (5): its text
     // goes to the clipboard under the wipe.
     void CopyField(int field);
+    // The right mouse button on a field with text: the word under the pointer
+    // (the whole value of a masked field, which the person cannot see) is
+    // classified for the pane's menu. False when there is nothing to act on.
+    bool ShowActionMenu(int field, TextActions::Selection &box);
+    TextActions::PaneMenu paneMenu;
+    // The pane menu's entries (Dial calls the entry's first field).
+    bool menuCommand(const QString &name, int index, const QString &arg) override;
 
 protected:
     int sectionId() const override { return Section; }

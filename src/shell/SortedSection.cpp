@@ -29,7 +29,7 @@ QList<ListItem> SortedList(StoreDb &store, int section, std::optional<int> filte
             if (Record_Get::RowIsPrivate(CRY::state().PlainBytes, privateBit)) continue;
         }
         out.append({rows->GetColumn(QStringLiteral("fPK")).toLongLong(),
-                    CRY::DecryptField(rows->GetColumn(QStringLiteral("fT1")).toByteArray())});
+                    CRY::DecryptField(rows->GetColumn(QStringLiteral("fT1")).toByteArray()), QString()});
     }
     return out;
 }
@@ -81,12 +81,19 @@ qint64 SaveSortedRecord(StoreDb &store, const SaveRequest &request, const QDateT
 
     w.setRecord(Record_Put::PackRecord(request.layout, values));
     w.setColumn(QStringLiteral("fG1"), request.g1);
-    const QString oldTitle = w.oldText(QStringLiteral("fT1"));
-    if (w.isNew() || request.title != oldTitle) {
+    if (!request.plainT3.isEmpty()) w.setColumn(QStringLiteral("fT3"), request.plainT3);
+    if (w.isNew() && request.r5OnNew) w.setColumn(QStringLiteral("fR5"), *request.r5OnNew);
+    const bool two = request.subtitle.has_value();
+    const QString title = two ? request.title + *request.subtitle : request.title;
+    QString oldTitle = w.oldText(QStringLiteral("fT1"));
+    if (two) oldTitle += w.oldText(QStringLiteral("fT2"));
+    if (w.isNew() || title != oldTitle) {
         w.setText(QStringLiteral("fT1"), request.title);
-        w.placeInOrder(request.title, oldTitle);
+        if (two) w.setText(QStringLiteral("fT2"), *request.subtitle);
+        w.placeInOrder(title, oldTitle);
     }
-    return w.Commit({false, true, true, false, false, true, true});
+    if (request.noiseEverySave) db::WriteNoise(w.rows(), {false, false, false, false, false, true, true});
+    return w.Commit({false, !two, request.plainT3.isEmpty(), false, false, true, true});
 }
 
 bool DeleteRow(StoreDb &store, qint64 rowId) {
@@ -148,8 +155,7 @@ void SortedSectionModel::listSelect_Initialize(qint64 select) {
     ctx.shell.setBusy(this, true);
     QList<SortedSection::ListItem> items;
     try {
-        items = SortedSection::SortedList(ctx.store, sectionId(), listFilter(), privateBit(),
-                                          ctx.shell.privateShown());
+        items = readList();
     } catch (...) {
         ctx.shell.setBusy(this, false);
         throw;
@@ -160,6 +166,10 @@ void SortedSectionModel::listSelect_Initialize(qint64 select) {
         clearPane();
     else
         showRecord(listSelect.ItemData(index));
+}
+
+QList<SortedSection::ListItem> SortedSectionModel::readList() {
+    return SortedSection::SortedList(ctx.store, sectionId(), listFilter(), privateBit(), ctx.shell.privateShown());
 }
 
 void SortedSectionModel::listSelect_Click(int index) {
@@ -201,7 +211,7 @@ void SortedSectionModel::cmdDelete_Click() {
         return;
     }
     const QString text =
-        LanguageUS::MessageText(deleteQuestion()) + QStringLiteral("   ") + listSelect.List(index);
+        LanguageUS::MessageText(deleteQuestion()) + deleteSeparator() + listSelect.List(index);
     if (ctx.dialogs.message(text, Buttons::OKCancel, Answer::Cancel, Icon::Exclamation) != Answer::OK) return;
     const qint64 next = SortedSection::NeighbourOf(listSelect, index);
     SortedSection::DeleteRow(ctx.store, listSelect.ItemData(index));
@@ -209,14 +219,14 @@ void SortedSectionModel::cmdDelete_Click() {
     listSelect_Initialize(next);
 }
 
-bool SortedSectionModel::deleteAllInFilter(int question) {
+bool SortedSectionModel::deleteAll(int question, std::optional<int> category) {
     const auto ask = [this](int row) {
         return ctx.dialogs.message(LanguageUS::MessageText(row), Buttons::OKCancel, Answer::Cancel,
                                    Icon::Exclamation) == Answer::OK;
     };
     if (!ask(question) || !ask(81)) return false;
     QString sql = QStringLiteral("DELETE * FROM tt WHERE fSec=%1").arg(sectionId());
-    if (const std::optional<int> filter = listFilter()) sql += QStringLiteral(" And fG1=%1").arg(*filter);
+    if (category) sql += QStringLiteral(" And fG1=%1").arg(*category);
     ctx.store.Execute(sql + QStringLiteral(" WITH OWNERACCESS OPTION;"));
     recordChanged = false;
     listSelect_Initialize();

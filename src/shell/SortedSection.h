@@ -34,6 +34,7 @@ namespace SortedSection {
 struct ListItem {
     qint64 id = 0;
     QString text;
+    QString detail; // a second column (the address book's contact line)
 };
 
 // The rows of a section (with fG1 = filter unless none), in the order of the
@@ -69,6 +70,16 @@ struct SaveRequest {
     int modifiedSlot = -1; // slot that takes now at each save
     int userSlot = -1;     // slot that takes the user's number
     int userNumber = 0;
+    // A section that lists a second text beside the title (the address book's
+    // contact line) keeps it in fT2; the list then sorts by title followed
+    // directly by it, and both are rewritten only when that joined text changes.
+    std::optional<QString> subtitle;
+    // Plain fT3 written at every save (a private marker); empty: noise on a new row.
+    QByteArray plainT3;
+    // fR5 of a new row, when the section keeps one there.
+    std::optional<int> r5OnNew;
+    // fR3 and fR4 take fresh noise at every save, not only on a new row.
+    bool noiseEverySave = false;
 };
 
 // The standard write of a record of a sorted section. Returns the row id, or 0
@@ -89,7 +100,8 @@ public:
     explicit RecordEditor(Dialogs &dialogs) : m_dialogs(dialogs) {}
     bool changed = false; // something was typed since the editor opened
 
-    void cmdOK_Click() { closeEditor(true); }
+    // An editor with a rule of its own before it closes replaces this.
+    virtual void cmdOK_Click() { closeEditor(true); }
     void cmdEsc_Click();
 
 protected:
@@ -135,6 +147,8 @@ protected:
     virtual std::optional<int> listFilter() const = 0;
     // The question before a delete (its text, three blanks, the title).
     virtual int deleteQuestion() const = 0;
+    // What stands between the question and the title.
+    virtual QString deleteSeparator() const { return QStringLiteral("   "); }
     // The message of a delete without a selection, 0 for none.
     virtual int noSelectionMessage() const { return 0; }
     // Empties the section's own fields of the pane.
@@ -144,6 +158,10 @@ protected:
     // The pane's fields as a save: layout, values, title, fG1 and slots.
     virtual SortedSection::SaveRequest saveRequest() const = 0;
 
+    // The rows of the list under the filter; by default SortedList, which
+    // opens each payload while private records are hidden.
+    virtual QList<SortedSection::ListItem> readList();
+
     // ---- Shared steps ----
     // Rule 2: a changed record asks "Store record?" before it is left.
     void askStoreChanged();
@@ -151,7 +169,9 @@ protected:
     void showRecord(qint64 id);
     // Delete all (under the filter): the first question, then "Are you
     // sure?", both with Cancel as the default. True when rows were deleted.
-    bool deleteAllInFilter(int question);
+    bool deleteAllInFilter(int question) { return deleteAll(question, listFilter()); }
+    // The same for the rows of one category, or of the whole section.
+    bool deleteAll(int question, std::optional<int> category);
 
     SectionContext ctx;
     // The slots of the shown record as they were read.

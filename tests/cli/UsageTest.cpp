@@ -101,7 +101,7 @@ TEST(KmdUsage, UsageErrorsSayWhatIsWrongWithStatus64) {
         {{"occurrences", s, "2024-05-02", "2024-05-01"},
          "FROM and TO are dates yyyy-MM-dd, TO not before FROM"},
         {{"occurrences", s, "May", "2024-05-01"}, "FROM and TO are dates yyyy-MM-dd"},
-        {{"list", s, "15"}, "Sections listed here: 14 (memos), 16 (confidential data).\n"},
+        {{"list", s, "15"}, "Sections listed here: 11 (addresses), 14 (memos), 16 (confidential data).\n"},
         {{"list", s, "14", "--category", "x"}, "--category and --kind take numbers.\n"},
         {{"list", s, "16", "--kind", "17"}, "Kinds are 1 to 16.\n"},
         {{"categories", s, "3"}, "No such section: 3\n"},

@@ -29,6 +29,11 @@
 #include "records/frmClassified.h"
 #include "shell/BasicShell.h"
 #include "records/frmNotepad.h"
+#include "address/frmAddress.h"
+#include "gui/address/frmEditAddress.h"
+#include "shell/frmFind.h"
+#include <QButtonGroup>
+#include <QAbstractButton>
 #include "shell/frmMDI.h"
 #include "store/CATEGORIES.h"
 #include "store/Users.h"
@@ -106,6 +111,13 @@ public:
         } else if (auto *cats = qobject_cast<frmEditCategories *>(d)) {
             save(cats, QStringLiteral("categories"));
             cats->cmdEsc->click();
+        } else if (auto *editor = qobject_cast<frmEditAddress *>(d)) {
+            const char *pages[] = {"home", "business", "other"};
+            for (int page = 0; page < 3; ++page) {
+                editor->ctlAddress->button(page)->click();
+                save(editor, QStringLiteral("address-editor-%1").arg(QLatin1String(pages[page])));
+            }
+            static_cast<QDialog *>(editor)->reject();
         } else if (auto *dialog = qobject_cast<QDialog *>(d)) {
             save(dialog, dialog->objectName().isEmpty() ? QStringLiteral("dialog") : dialog->objectName());
             dialog->reject();
@@ -314,6 +326,51 @@ void TourRecords(frmMDI &window, km::frmMDI &model) {
         text.txt = data->txtNotes;
         ui().showModal(text);
     }
+
+    model.optSection_ButtonClick(3);
+    if (auto *book = dynamic_cast<km::frmAddress *>(model.section())) {
+        namespace A = km::Address;
+        const auto add = [book](const QList<std::pair<int, QString>> &fields, const QString &fileAs) {
+            book->record = A::EmptyRecord();
+            for (const auto &[index, value] : fields)
+                book->record[index] = value;
+            book->record[A::Private] = QStringLiteral("False");
+            A::NormaliseSlots(book->record);
+            book->fileAs = fileAs;
+            book->category = 0;
+            book->newRecord = true;
+            return book->SaveRecord();
+        };
+        add({{A::FirstName, "Anna"}, {A::LastName, "Berg"}, {A::Com1, "+49 30 1234 567"}, {A::ComLabel1, "1"},
+             {A::Com2, "anna.berg@example.org"}, {A::ComLabel2, "5"}, {A::ComDisplay, "1"}},
+            QStringLiteral("Berg, Anna"));
+        const qint64 shown = add({{A::Title, "Dr."}, {A::FirstName, "Paul"}, {A::LastName, "Lindqvist"},
+                                  {A::CompanyName, "Example Instruments"}, {A::JobTitle, "Head of Research"},
+                                  {A::Com1, "030 555 0101"}, {A::ComLabel1, "1"},
+                                  {A::Com2, "030 555 0199"}, {A::ComLabel2, "6"},
+                                  {A::Com3, "0170 555 2222"}, {A::ComLabel3, "8"},
+                                  {A::Com4, "paul@example.com"}, {A::ComLabel4, "5"},
+                                  {A::Com5, "www.example.com"}, {A::ComLabel5, "9"}, {A::ComDisplay, "2"},
+                                  {A::HomeAddressStreet, "Lindenweg 4"}, {A::HomeAddressStreet + A::City, "Potsdam"},
+                                  {A::HomeAddressStreet + A::PostalCode, "14467"},
+                                  {A::BusinessAddressStreet, "1 Example Road"},
+                                  {A::BusinessAddressStreet + A::City, "Berlin"},
+                                  {A::Birthday, "1971-04-12 00:00:00"}, {A::Spouse, "Eva"},
+                                  {A::Notes, "Prefers calls before noon."}},
+                                 QStringLiteral("Lindqvist, Paul"));
+        add({{A::CompanyName, "Corner Bakery"}, {A::Com1, "030 777 1000"}, {A::ComLabel1, "6"}, {A::ComDisplay, "0"}},
+            QStringLiteral("Corner Bakery"));
+        book->listSelect_Initialize(shown);
+        window.sync();
+        p.save(&window, QStringLiteral("address-section"));
+        book->cmdEdit_Click(); // the editor's three pages are pictured, then Esc
+    }
+
+    km::frmFind find(model);
+    find.cmdSelectAll_Click();
+    find.txtFind_Change(QStringLiteral("example"));
+    find.cmdFind_Click();
+    ui().showModal(find);
     TourAppointmentEditor();
     TourCalendar(window, model);
 }

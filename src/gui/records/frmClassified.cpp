@@ -15,6 +15,7 @@
 #include <QVBoxLayout>
 
 #include "gui/Controls.h"
+#include "gui/shell/PaneActionMenu.h"
 #include "gui/records/RecordsViews.h"
 #include "gui/shell/ShieldFilter.h"
 
@@ -159,12 +160,32 @@ frmClassified::frmClassified(km::frmClassified &model, QWidget *parent)
 }
 
 void frmClassified::offerCopy(QWidget *control, int field, const QPoint &pos) {
-    QMenu menu(this);
-    QAction *copy = menu.addAction(QStringLiteral("Copy"));
-    const QString text =
-        field == km::frmClassified::notes ? m_model.txtNotes : m_model.txtCtl[static_cast<size_t>(field)];
-    copy->setEnabled(!text.isEmpty());
-    if (menu.exec(control->mapToGlobal(pos)) == copy) command([this, field] { m_model.CopyField(field); });
+    // The word under the pointer (or the selection) is classified for the
+    // pane's menu: Copy, Copy (no spaces), Send Mail, Dial, Open Website.
+    TextActions::Selection box;
+    auto *line = qobject_cast<QLineEdit *>(control);
+    if (line) {
+        box.text = line->text();
+        box.selStart = line->hasSelectedText() ? line->selectionStart() : line->cursorPositionAt(pos);
+        box.selLength = line->hasSelectedText() ? static_cast<int>(line->selectedText().size()) : 0;
+    } else {
+        QTextCursor c = txtNotes->textCursor();
+        if (!c.hasSelection()) c = txtNotes->cursorForPosition(pos);
+        box.text = txtNotes->toPlainText();
+        box.selStart = c.selectionStart();
+        box.selLength = c.selectionEnd() - c.selectionStart();
+    }
+    if (!m_model.ShowActionMenu(field, box)) return;
+    if (line) {
+        line->setSelection(box.selStart, box.selLength);
+    } else {
+        QTextCursor c = txtNotes->textCursor();
+        c.setPosition(box.selStart);
+        c.setPosition(box.selStart + box.selLength, QTextCursor::KeepAnchor);
+        txtNotes->setTextCursor(c);
+    }
+    const QString entry = PopUpActionMenu(this, m_model.paneMenu.menu, control->mapToGlobal(pos));
+    if (!entry.isEmpty()) command([this, entry] { m_model.menuCommand(entry, -1, QString()); });
 }
 
 void frmClassified::sync() {
