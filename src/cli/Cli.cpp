@@ -76,7 +76,24 @@ std::map<int, SectionAddEntry> &addTable() {
     static std::map<int, SectionAddEntry> table;
     return table;
 }
+struct SectionEditEntry {
+    SectionEdit edit;
+    QString usage;
+};
+std::map<int, SectionEditEntry> &editTable() {
+    static std::map<int, SectionEditEntry> table;
+    return table;
+}
 } // namespace
+
+void RegisterSectionEdit(int section, SectionEdit edit, const QString &usage) {
+    editTable()[section] = {std::move(edit), usage};
+}
+std::optional<SectionEdit> SectionEditFor(int section) {
+    auto it = editTable().find(section);
+    if (it == editTable().end()) return std::nullopt;
+    return it->second.edit;
+}
 
 void Register(const Command &command) {
     commandTable().append(command);

@@ -95,6 +95,12 @@ std::optional<SectionAdd> SectionAddFor(int section);
 // The usage of every section's add, by section code.
 QStringList SectionAddUsages();
 
+// Section-specific halves of kmd edit, by the fSec of the row: called logged
+// in, with the row's id and its NAME=VALUE assignments.
+using SectionEdit = std::function<int(Context &, qint64 id, const QStringList &assignments)>;
+void RegisterSectionEdit(int section, SectionEdit edit, const QString &usage);
+std::optional<SectionEdit> SectionEditFor(int section);
+
 // "name=value" assignments into pairs; a malformed one is an error.
 std::optional<QList<QPair<QString, QString>>> ParseAssignments(const QStringList &items, QString *bad);
 

@@ -15,6 +15,7 @@
 //   kmd edit STORE ID NAME=VALUE ...    the same names; category= / kind= move the row.
 //   kmd delete STORE ID
 #include "cli/Cli.h"
+#include "cli/TasksCommands.h"
 
 #include "records/frmClassified.h"
 #include "records/frmNotepad.h"
@@ -64,8 +65,9 @@ std::optional<int> intOption(Context &ctx, const QString &name, bool *bad) {
 
 int list(Context &ctx) {
     const int section = ctx.positional.at(1).toInt();
+    if (section == TasksSection) return ListTasks(ctx);
     if (section != km::frmNotepad::Section && section != km::frmClassified::Section)
-        return ctx.fail(QStringLiteral("Sections listed here: 14 (memos), 16 (confidential data)."),
+        return ctx.fail(QStringLiteral("Sections listed here: 14 (memos), 15 (tasks), 16 (confidential data)."),
                         ExitUsage);
     bool bad = false;
     const auto category = intOption(ctx, "category", &bad);
@@ -197,6 +199,7 @@ int edit(Context &ctx) {
     if (int e = Login(ctx, ctx.positional.at(0))) return e;
     const km::SortedSection::StoredRecord r = km::SortedSection::ReadRecord(db::Store(), id);
     if (!r.found) return ctx.fail(QStringLiteral("No record found"));
+    if (const auto sectionEdit = SectionEditFor(r.section)) return (*sectionEdit)(ctx, id, ctx.positional.mid(2));
     QString why;
     qint64 saved = 0;
     if (r.section == km::frmNotepad::Section) {
@@ -257,12 +260,15 @@ Argument idArgument() {
 Registration
     r1({QStringLiteral("list"),
         QStringLiteral("Lists memos or confidential records as their window does: \"fPK<TAB>title\" "
-                       "a line."),
-        {StoreArgument(), {QStringLiteral("SECTION"), QStringLiteral("14 memos, 16 confidential data")}},
-        {{QStringLiteral("category"), QStringLiteral("Memos of this category only (default: all)."),
+                       "a line; tasks as \"fPK<TAB>description<TAB>due<TAB>priority<TAB>completed\", "
+                       "dates yyyy-MM-dd or empty, in the list's default order."),
+        {StoreArgument(),
+         {QStringLiteral("SECTION"), QStringLiteral("14 memos, 15 tasks, 16 confidential data")}},
+        {{QStringLiteral("category"), QStringLiteral("Memos or tasks of this category only (default: all)."),
           QStringLiteral("ID")},
          {QStringLiteral("kind"), QStringLiteral("Confidential records of this kind, 1 to 16 (default: 1)."),
           QStringLiteral("K")},
+         {QStringLiteral("completed"), QStringLiteral("Lists completed tasks too.")},
          {QStringLiteral("show-private"), QStringLiteral("Lists private records too.")}},
         list});
 Registration
@@ -275,7 +281,7 @@ Registration
         show});
 Registration
     r3({QStringLiteral("edit"),
-        QStringLiteral("Changes fields of a memo or confidential record, with the names kmd add takes; "
+        QStringLiteral("Changes fields of a record, with the names kmd add takes for its section; "
                        "category= or kind= moves it."),
         {StoreArgument(),
          idArgument(),

@@ -2,6 +2,7 @@
 
 #include "records/frmClassified.h"
 #include "records/frmNotepad.h"
+#include "records/frmTodo.h"
 
 namespace records {
 
@@ -11,6 +12,9 @@ void RegisterSections() {
     });
     km::frmMDI::RegisterSection(km::frmClassified::Section, [](const km::SectionContext &context) {
         return std::make_unique<km::frmClassified>(context);
+    });
+    km::frmMDI::RegisterSection(km::frmTodo::Section, [](const km::SectionContext &context) {
+        return std::make_unique<km::frmTodo>(context);
     });
 }
 
