@@ -87,6 +87,10 @@ frmDiary::frmDiary(km::frmDiary &model, QWidget *parent) : SectionView(parent), 
 void frmDiary::command(const std::function<void()> &fn) {
     fn();
     sync();
+    // After a change of date or mode the box of the chosen day takes the
+    // keys; the main window's own redraws (its clock ticks) leave the focus
+    // where the person put it.
+    txtInput[static_cast<size_t>(m_model.dayIndex())]->setFocus();
 }
 
 void frmDiary::sync() {
@@ -110,9 +114,10 @@ void frmDiary::sync() {
         txtInput[at]->setVisible(visible);
         drawPlain(txtInput[at], m_model.txtInput[at].text);
     }
-    // The box of the chosen day takes the keys.
-    if (QPlainTextEdit *box = txtInput[static_cast<size_t>(m_model.dayIndex())]; !box->hasFocus() && isVisible())
-        box->setFocus();
+    if (!m_focused && isVisible()) {
+        m_focused = true;
+        txtInput[static_cast<size_t>(m_model.dayIndex())]->setFocus();
+    }
 }
 
 void RegisterDiaryView() {

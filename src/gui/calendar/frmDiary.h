@@ -35,6 +35,7 @@ public:
 private:
     void command(const std::function<void()> &fn);
     km::frmDiary &m_model;
+    bool m_focused = false; // the chosen day's box had the focus once
 };
 
 // Registers the diary's view with the main window.
