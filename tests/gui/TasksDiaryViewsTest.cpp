@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <QHeaderView>
+#include <QCheckBox>
+#include <QDateEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QToolButton>
@@ -14,6 +16,7 @@
 #include "calendar/frmDiary.h"
 #include "gui/UpDown.h"
 #include "gui/calendar/frmDiary.h"
+#include "gui/records/frmEditTodo.h"
 #include "gui/records/frmTodo.h"
 #include "records/frmTodo.h"
 #include "store/Startvariables.h"
@@ -95,4 +98,23 @@ TEST_F(TasksDiaryViewsTest, TheDiaryShowsADayOrAWeekAndKeepsWhatIsTyped) {
     view.diaMoveDay->up->click(); // a week on: the day is saved
     EXPECT_EQ(km::DIARY::ReadDay(store(), clock.dateTime().date()).text, "typed today");
     EXPECT_TRUE(view.txtInput[static_cast<size_t>(today)]->toPlainText().isEmpty());
+}
+
+TEST_F(TasksDiaryViewsTest, TheEditorsDueTickSwitchesTheDateOnAndCtrlEnterIsOK) {
+    km::frmEditTodo model(ui, clock.dateTime().date());
+    model.fill(km::TODO::Task());
+    km::gui::frmEditTodo dialog(model);
+    dialog.sync();
+    EXPECT_TRUE(dialog.ctlDateDue->isHidden()); // compact: no date
+
+    dialog.chkDateDue->click();
+    EXPECT_TRUE(model.ctlDateDue.hasDate);
+    EXPECT_EQ(model.ctlDateDue.value, clock.dateTime().date());
+    EXPECT_FALSE(dialog.ctlDateDue->isHidden());
+    EXPECT_TRUE(model.changed);
+
+    // In the notes a plain Enter is a line end; Ctrl+Enter closes through OK.
+    QTest::keyClick(dialog.ctlNote, Qt::Key_Return, Qt::ControlModifier);
+    EXPECT_TRUE(model.closeRequested);
+    EXPECT_TRUE(model.acceptedResult);
 }
