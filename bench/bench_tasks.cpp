@@ -6,6 +6,7 @@
 
 #include "BenchSupport.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <map>
 
@@ -97,9 +98,13 @@ void BM_TaskList(benchmark::State &state) {
         auto t0 = Clock::now();
         w.showListitems();
         g_ms["cold"] = msSince(t0);
-        t0 = Clock::now();
-        w.showListitems();
-        g_ms["warm"] = msSince(t0);
+        // The machine is shared: the warm figure is the best of three.
+        g_ms["warm"] = 1e9;
+        for (int k = 0; k < 3; ++k) {
+            t0 = Clock::now();
+            w.showListitems();
+            g_ms["warm"] = std::min(g_ms["warm"], msSince(t0));
+        }
         g_ms["listed"] = static_cast<double>(w.TodoList.size());
         state.SetIterationTime(g_ms["cold"] / 1000.0);
     }

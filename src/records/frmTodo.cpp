@@ -43,14 +43,12 @@ int PriorityOfPoint(qint64 point) {
     return static_cast<int>(std::clamp<qint64>(point / step, 0, 2));
 }
 
-Task ReadTask(RowSet &rows) {
+namespace {
+
+// The plain and keyed columns of a task row.
+Task readColumns(RowSet &rows) {
     Task t;
     t.id = rows.GetColumn(QStringLiteral("fPK")).toLongLong();
-    QStringList values;
-    Record_Get::UnpackRecord(values, rows.GetColumn(QStringLiteral("fEtx")).toByteArray(), true);
-    t.Description = values.value(Description);
-    t.Memo = values.value(Memo);
-    t.Private = values.value(Private) == QLatin1String("True");
     t.priority = PriorityOfPoint(rows.GetColumn(QStringLiteral("fR1")).toLongLong());
     t.completedDate =
         CALENDAR::DayFromKey(rows.GetColumn(QStringLiteral("fR2")).toInt(), CALENDAR::SeriesEndKey);
@@ -59,6 +57,27 @@ Task ReadTask(RowSet &rows) {
     t.hasNote = flagOf(rows, "fF2");
     t.completed = flagOf(rows, "fF3");
     t.category = rows.GetColumn(QStringLiteral("fG1")).toInt();
+    return t;
+}
+
+} // namespace
+
+Task ReadTask(RowSet &rows) {
+    Task t = readColumns(rows);
+    QStringList values;
+    Record_Get::UnpackRecord(values, rows.GetColumn(QStringLiteral("fEtx")).toByteArray(), true);
+    t.Description = values.value(Description);
+    t.Memo = values.value(Memo);
+    t.Private = values.value(Private) == QLatin1String("True");
+    return t;
+}
+
+Task ReadListedTask(RowSet &rows) {
+    Task t = readColumns(rows);
+    SecureBytes clear = CRY::DecryptFieldBytes(rows.GetColumn(QStringLiteral("fEtx")).toByteArray());
+    t.Private = Record_Get::RowIsPrivate(clear, PrivateBit);
+    t.Description = Record_Get::ReadPackedField(clear, Description).value_or(QString());
+    wipe(clear);
     return t;
 }
 
@@ -263,7 +282,13 @@ std::optional<int> frmTodo::Filter() const {
 }
 
 QString frmTodo::shortDate(const QDate &date) const {
-    return date.isValid() ? ctx.locale.toString(date, QLocale::ShortFormat) : QString();
+    if (!date.isValid()) return QString();
+    // A list repeats few dates many times; the locale's formatting is the
+    // dearest step of a row after its decryption.
+    auto it = m_dateTexts.constFind(date.toJulianDay());
+    if (it == m_dateTexts.constEnd())
+        it = m_dateTexts.insert(date.toJulianDay(), ctx.locale.toString(date, QLocale::ShortFormat));
+    return *it;
 }
 
 TodoItem frmTodo::itemOf(const TODO::Task &task) const {
@@ -291,7 +316,10 @@ TodoItem frmTodo::itemOf(const TODO::Task &task) const {
 }
 
 void frmTodo::showListitems() {
-    QString sql = QStringLiteral("SELECT * FROM tt WHERE fSec=%1").arg(Section);
+    // The columns the list reads; the engine's filter is that of the full
+    // "SELECT *" of the section.
+    QString sql =
+        QStringLiteral("SELECT fPK, fEtx, fR1, fR2, fR3, fF1, fF2, fF3, fG1 FROM tt WHERE fSec=%1").arg(Section);
     if (const std::optional<int> filter = Filter()) sql += QStringLiteral(" And fG1 = %1").arg(*filter);
     if (!ShowCompleted) sql += QStringLiteral(" And fF3 = False");
     sql += QStringLiteral(" WITH OWNERACCESS OPTION;");
@@ -302,7 +330,7 @@ void frmTodo::showListitems() {
     try {
         auto rows = ctx.store.OpenRowSet(sql, Snapshot);
         for (; !rows->Eof(); rows->MoveNext()) {
-            const TODO::Task task = TODO::ReadTask(*rows);
+            const TODO::Task task = TODO::ReadListedTask(*rows);
             if (task.Private && !showPrivate) continue;
             items.append(itemOf(task));
         }
@@ -319,9 +347,10 @@ void frmTodo::showListitems() {
 }
 
 void frmTodo::sortOn(int column, bool descending) {
+    // The sort key is digits alone: case plays no part there.
+    const Qt::CaseSensitivity cs = column == TODO::ColSortKey ? Qt::CaseSensitive : Qt::CaseInsensitive;
     std::stable_sort(TodoList.begin(), TodoList.end(), [&](const TodoItem &a, const TodoItem &b) {
-        const int c = QString::compare(a.cells[static_cast<size_t>(column)], b.cells[static_cast<size_t>(column)],
-                                       Qt::CaseInsensitive);
+        const int c = QString::compare(a.cells[static_cast<size_t>(column)], b.cells[static_cast<size_t>(column)], cs);
         return descending ? c > 0 : c < 0;
     });
 }

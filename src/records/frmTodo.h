@@ -20,6 +20,7 @@
 #include <optional>
 
 #include <QDate>
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -70,6 +71,9 @@ int PriorityOfPoint(qint64 point);
 
 // The task of the row the row set stands on; the payload is decrypted.
 Task ReadTask(RowSet &rows);
+// The same for the list: only the Description and the private flag are
+// taken from the payload, which stays in wiped bytes.
+Task ReadListedTask(RowSet &rows);
 // The task of a row id, or nothing when there is no task of that id.
 std::optional<Task> LoadTask(StoreDb &store, qint64 id);
 
@@ -206,6 +210,7 @@ private:
     QString shortDate(const QDate &date) const;
 
     SectionContext ctx;
+    mutable QHash<qint64, QString> m_dateTexts; // short dates by Julian day
 };
 
 } // namespace km
