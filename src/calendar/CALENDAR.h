@@ -54,6 +54,9 @@ constexpr int MinutesPerDay = 1440;
 struct State {
     // The locale the first day of the week is read from; none: the system's.
     std::optional<QLocale> locale;
+    // A task was saved or deleted: the calendar's task list fills itself anew
+    // and clears the flag.
+    bool TasksChanged = false;
 };
 State &state();
 

@@ -16,6 +16,7 @@
 //     (the general edit of StoreCommands hands these rows here).
 //   kmd delete STORE ID
 #include "cli/Cli.h"
+#include "cli/TasksCommands.h"
 
 #include "records/frmClassified.h"
 #include "records/frmNotepad.h"
@@ -65,9 +66,11 @@ std::optional<int> intOption(Context &ctx, const QString &name, bool *bad) {
 
 int list(Context &ctx) {
     const int section = ctx.positional.at(1).toInt();
+    if (section == TasksSection) return ListTasks(ctx);
     if (const auto other = SectionCommandsFor(section); other && other->list) return other->list(ctx);
     if (section != km::frmNotepad::Section && section != km::frmClassified::Section)
-        return ctx.fail(QStringLiteral("Sections listed here: 11 (addresses), 14 (memos), 16 (confidential data)."),
+        return ctx.fail(QStringLiteral("Sections listed here: 11 (addresses), 14 (memos), 15 (tasks), "
+                                       "16 (confidential data)."),
                         ExitUsage);
     bool bad = false;
     const auto category = intOption(ctx, "category", &bad);
@@ -257,13 +260,16 @@ Argument idArgument() {
 Registration
     r1({QStringLiteral("list"),
         QStringLiteral("Lists addresses, memos or confidential records as their window does: "
-                       "\"fPK<TAB>title\" a line (addresses: \"fPK<TAB>FileAs<TAB>ContactLine\")."),
+                       "\"fPK<TAB>title\" a line (addresses: \"fPK<TAB>FileAs<TAB>ContactLine\"); tasks as "
+                       "\"fPK<TAB>description<TAB>due<TAB>priority<TAB>completed\", dates yyyy-MM-dd or empty, "
+                       "in the list's default order."),
         {StoreArgument(),
-         {QStringLiteral("SECTION"), QStringLiteral("11 addresses, 14 memos, 16 confidential data")}},
-        {{QStringLiteral("category"), QStringLiteral("Addresses or memos of this category only (default: all)."),
+         {QStringLiteral("SECTION"), QStringLiteral("11 addresses, 14 memos, 15 tasks, 16 confidential data")}},
+        {{QStringLiteral("category"), QStringLiteral("Addresses, memos or tasks of this category only (default: all)."),
           QStringLiteral("ID")},
          {QStringLiteral("kind"), QStringLiteral("Confidential records of this kind, 1 to 16 (default: 1)."),
           QStringLiteral("K")},
+         {QStringLiteral("completed"), QStringLiteral("Lists completed tasks too.")},
          {QStringLiteral("show-private"), QStringLiteral("Lists private records too.")}},
         list});
 Registration

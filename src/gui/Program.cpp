@@ -11,6 +11,8 @@
 #include "gui/calendar/frmCalendar.h"
 #include "address/AddressSections.h"
 #include "gui/address/AddressViews.h"
+#include "calendar/frmDiary.h"
+#include "gui/calendar/frmDiary.h"
 #include "gui/records/RecordsViews.h"
 #include "gui/shell/frmMDI.h"
 #include "platform/Environment.h"
@@ -44,6 +46,8 @@ Program::Program() {
         km::frmFind find(model);
         dialogs.showModal(find);
     };
+    km::RegisterDiarySection();
+    RegisterDiaryView();
     model.raiseOtherInstance = [] {
         QFile request(RaiseRequestPath());
         if (request.open(QIODevice::WriteOnly | QIODevice::Append)) request.write("raise\n");

@@ -34,9 +34,13 @@
 #include "shell/frmFind.h"
 #include <QButtonGroup>
 #include <QAbstractButton>
+#include "records/frmTodo.h"
+#include "calendar/CALENDAR.h"
+#include "calendar/frmDiary.h"
 #include "shell/frmMDI.h"
 #include "store/CATEGORIES.h"
 #include "store/Users.h"
+#include "store/db.h"
 #include "store/frmEditCategories.h"
 #include "store/frmMenuDB.h"
 #include "store/frmPW.h"
@@ -282,10 +286,68 @@ void TourCalendar(frmMDI &window, km::frmMDI &model) {
     QTimer::singleShot(300, &window, [&model] { model.ExitProgram(); });
 }
 
+// The task list with overdue, completed and dateless tasks and its editor,
+// then the diary with a week of text, by week and by day.
+void TourTasksAndDiary(frmMDI &window, km::frmMDI &model) {
+    Photographer &p = *g_photographer;
+    model.optSection_ButtonClick(2);
+    if (auto *tasks = dynamic_cast<km::frmTodo *>(model.section())) {
+        const qint64 today = CALENDAR::DayNumber(QDate::currentDate());
+        struct Sample {
+            const char *text;
+            qint64 due;
+            int priority;
+            qint64 completed;
+            const char *memo;
+        };
+        const Sample samples[] = {{"Renew the passport", today - 3, 0, 0, "Photos first"},
+                                  {"Call the plumber", today, 1, 0, ""},
+                                  {"Book the summer holiday", today + 12, 2, 0, ""},
+                                  {"Read the lease", 0, 0, 0, "Clause 7"},
+                                  {"Sort the photo albums", 0, 2, 0, ""},
+                                  {"Pay the car insurance", today - 10, 0, today - 2, ""}};
+        for (const Sample &s : samples) {
+            km::TODO::Task t;
+            t.Description = QString::fromLatin1(s.text);
+            t.Memo = QString::fromLatin1(s.memo);
+            t.hasDue = s.due != 0;
+            t.due = s.due;
+            t.priority = s.priority;
+            t.completed = s.completed != 0;
+            t.completedDate = s.completed;
+            km::TODO::SaveTask(db::Store(), t, 0);
+        }
+        tasks->ShowCompleted_Click(true);
+        tasks->showListitems();
+        tasks->TodoList_Click(0);
+        window.sync();
+        p.save(&window, QStringLiteral("task-section"));
+        tasks->cmdEdit(); // the editor is pictured and left with Esc
+    }
+
+    model.optSection_ButtonClick(5);
+    if (auto *diary = dynamic_cast<km::frmDiary *>(model.section())) {
+        diary->diaPeriod_Click(km::frmDiary::WeekMode);
+        const char *const days[] = {"Quiet start of the week.", "Long meeting about the budget.\nHome late.",
+                                    "", "Dinner with Ann and Tom.", "Rain all day; read a book.",
+                                    "Market in the morning.", ""};
+        for (int i = 0; i < 7; ++i)
+            diary->txtInput_Change(i, QString::fromLatin1(days[i]));
+        diary->saveChanged();
+        window.sync();
+        p.save(&window, QStringLiteral("diary-week"));
+        diary->txtMargin_Click(1);
+        diary->diaPeriod_Click(km::frmDiary::DayMode);
+        window.sync();
+        p.save(&window, QStringLiteral("diary-day"));
+    }
+}
+
 // The memo and confidential sections with a few records written through their
 // models' save paths, then their editors; ends the program.
 void TourRecords(frmMDI &window, km::frmMDI &model) {
     Photographer &p = *g_photographer;
+    TourTasksAndDiary(window, model);
     model.optSection_ButtonClick(4);
     if (auto *memos = dynamic_cast<km::frmNotepad *>(model.section())) {
         const QList<std::pair<QString, QString>> samples = {

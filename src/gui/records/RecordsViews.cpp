@@ -9,7 +9,9 @@
 #include "gui/records/frmEditConfidential.h"
 #include "gui/records/frmEditNotepad.h"
 #include "gui/records/frmEditText.h"
+#include "gui/records/frmEditTodo.h"
 #include "gui/records/frmNotepad.h"
+#include "gui/records/frmTodo.h"
 
 namespace km::gui {
 
@@ -17,11 +19,14 @@ void RegisterRecordsViews(QtDialogs &dialogs) {
     RegisterSectionView([](SectionWindow &model, QWidget *parent) -> SectionView * {
         if (auto *memo = dynamic_cast<km::frmNotepad *>(&model)) return new frmNotepad(*memo, parent);
         if (auto *data = dynamic_cast<km::frmClassified *>(&model)) return new frmClassified(*data, parent);
+        if (auto *tasks = dynamic_cast<km::frmTodo *>(&model)) return new frmTodo(*tasks, parent);
         return nullptr;
     });
     dialogs.addWindow<km::frmEditNotepad, frmEditNotepad>();
     dialogs.addWindow<km::frmEditConfidential, frmEditConfidential>();
     dialogs.addWindow<km::frmEditText, frmEditText>();
+    dialogs.addWindow<km::frmEditTodo, frmEditTodo>();
+    dialogs.addWindow<km::frmChooseDate, frmChooseDate>();
 }
 
 void ShowOnly(QWidget *control) {

@@ -12,8 +12,8 @@ namespace km::gui {
 
 class QtDialogs;
 
-// Registers the memo and confidential section views with the main window and
-// frmEditNotepad, frmEditConfidential and frmEditText with the dialogs.
+// Registers the memo, task and confidential section views with the main
+// window and their editors (and the task list's date dialog) with the dialogs.
 void RegisterRecordsViews(QtDialogs &dialogs);
 
 // A control that shows a value and takes neither clicks nor focus, without
