@@ -104,10 +104,7 @@ void setUpCommand(QCommandLineParser &parser, const cli::Command &command) {
 }
 
 QString commandHelp(const QCommandLineParser &parser, const cli::Command &command) {
-    QString text = helpText(parser, command.synopsis() +
-                                        (command.firstAssignment() >= 0 ? QStringLiteral(" [--values-file FILE]")
-                                                                        : QString()) +
-                                        QStringLiteral(" [--passphrase-file FILE]"));
+    QString text = helpText(parser, command.synopsis() + QStringLiteral(" [--passphrase-file FILE]"));
     if (command.moreHelp) text += QLatin1Char('\n') + command.moreHelp() + QLatin1Char('\n');
     return text;
 }
