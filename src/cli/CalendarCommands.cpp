@@ -118,12 +118,14 @@ int occurrences(cli::Context &ctx) {
     if (!from.isValid() || !to.isValid() || to < from)
         return ctx.fail(QStringLiteral("FROM and TO are dates yyyy-MM-dd, TO not before FROM"),
                         cli::ExitUsage);
-    const int rc = cli::Login(ctx, ctx.positional.at(0));
+    const int rc = cli::Login(ctx, ctx.positional.at(0), cli::Access::ReadOnly);
     if (rc != 0) return rc;
     try {
+        // fPK and the time hold no tab: the subject after them is the value.
         for (const QString &line :
              CALENDAR::OccurrenceLines(db::Store(), from, to, ctx.flag(QStringLiteral("show-private"))))
-            *ctx.out << line << '\n';
+            *ctx.out << line.section(QLatin1Char('\t'), 0, 1) << '\t'
+                     << cli::Printable(line.section(QLatin1Char('\t'), 2)) << '\n';
         ctx.out->flush();
     } catch (const km::EngineError &e) {
         return ctx.fail(QStringLiteral("%1 (%2)").arg(e.description()).arg(e.number()));

@@ -2,6 +2,9 @@
 
 #include <map>
 
+#include "cli/CliDialogs.h"
+#include "platform/SecureBytes.h"
+
 namespace cli {
 
 bool Context::flag(const QString &name) const {
@@ -47,6 +50,99 @@ QString Command::synopsis() const {
         line += ']';
     }
     return line;
+}
+
+qsizetype Command::firstAssignment() const {
+    qsizetype at = 0;
+    for (const Argument &a : arguments) {
+        if (a.name.contains(QLatin1Char('='))) return at;
+        if (a.count != Argument::One) return -1;
+        ++at;
+    }
+    return -1;
+}
+
+QString Printable(const QString &value) {
+    QString out;
+    out.reserve(value.size());
+    for (qsizetype i = 0; i < value.size(); ++i) {
+        const char16_t c = value.at(i).unicode();
+        switch (c) {
+        case u'\\':
+            out += QLatin1String("\\\\");
+            break;
+        case u'\t':
+            out += QLatin1String("\\t");
+            break;
+        case u'\n':
+            out += QLatin1String("\\n");
+            break;
+        case u'\r':
+            // The store's texts break lines with CR LF: one line break, one \n.
+            if (i + 1 < value.size() && value.at(i + 1) == QLatin1Char('\n')) {
+                out += QLatin1String("\\n");
+                ++i;
+            } else {
+                out += QLatin1String("\\r");
+            }
+            break;
+        case 0x2028:
+        case 0x2029:
+            out += QStringLiteral("\\u%1").arg(static_cast<int>(c), 4, 16, QLatin1Char('0'));
+            break;
+        default:
+            if (c < 0x20 || (c >= 0x7f && c <= 0x9f))
+                out += QLatin1String("\\x") +
+                       QStringLiteral("%1").arg(static_cast<int>(c), 2, 16, QLatin1Char('0')).toUpper();
+            else
+                out += QChar(c);
+        }
+    }
+    return out;
+}
+
+int ResolveValues(Context &ctx) {
+    if (!ctx.command) return ExitOk;
+    const qsizetype first = ctx.command->firstAssignment();
+    if (first < 0) {
+        if (!ctx.valuesFile.isEmpty())
+            return ctx.fail(QStringLiteral("kmd %1 takes no values.").arg(ctx.command->name), ExitUsage);
+        return ExitOk;
+    }
+    QString why;
+    for (qsizetype i = first; i < ctx.positional.size(); ++i) {
+        QString &item = ctx.positional[i];
+        if (!item.endsWith(QLatin1String("=-")) || item.indexOf(QLatin1Char('=')) != item.size() - 2) continue;
+        const QString name = item.left(item.size() - 2);
+        std::optional<QString> value = ReadInputLine(name + QLatin1Char(':'), &why);
+        if (!value) return ctx.fail(why);
+        km::wipe(item);
+        item = name + QLatin1Char('=') + *value;
+        km::wipe(*value);
+    }
+    if (ctx.valuesFile.isEmpty()) return ExitOk;
+    std::optional<QString> text = ReadTextFile(ctx.valuesFile, QStringLiteral("values file"), &why);
+    if (!text) return ctx.fail(why);
+    QStringList lines = text->split(QLatin1Char('\n'));
+    km::wipe(*text);
+    int status = ExitOk;
+    for (QString &line : lines) {
+        if (line.endsWith(QLatin1Char('\r'))) line.chop(1);
+        if (status == ExitOk && !line.isEmpty()) {
+            if (line.indexOf(QLatin1Char('=')) <= 0)
+                status = ctx.fail(QStringLiteral("A line of the values file is not of the form NAME=VALUE."),
+                                  ExitUsage);
+            else
+                ctx.positional << line;
+        }
+        km::wipe(line);
+    }
+    return status;
+}
+
+void WipeArguments(Context &ctx) {
+    for (QString &item : ctx.positional)
+        km::wipe(item);
 }
 
 Argument StoreArgument() {

@@ -30,6 +30,7 @@ struct Context {
     QTextStream *out = nullptr; // one record a line
     QTextStream *err = nullptr; // the system's own messages
     QString passphraseFile;     // --passphrase-file FILE
+    QString valuesFile;         // --values-file FILE
 
     bool flag(const QString &name) const;                    // --name given
     std::optional<QString> value(const QString &name) const; // --name VALUE or --name=VALUE
@@ -39,11 +40,37 @@ struct Context {
     int usageError() const;
 };
 
+// How a command uses the store. A command that only reads opens it
+// read-only: it works on a store the person may only read, and leaves the
+// file's bytes and modification time as they were.
+enum class Access { Write, ReadOnly };
+
 // Opens the store at path and logs in with the passphrase from
 // --passphrase-file or the terminal. On failure prints the message and
 // returns the exit status; on success returns 0 and the store is the
 // session's (db::Store()) with its key table loaded until CloseSession.
-int Login(Context &ctx, const QString &path);
+int Login(Context &ctx, const QString &path, Access access = Access::Write);
+
+// A value as kmd prints it, on one line whatever it holds: a backslash is
+// written "\\", a line break (CR LF or LF) "\n", a lone CR "\r", a tab "\t",
+// every other control character "\xHH" and the Unicode line and paragraph
+// separators "\u2028" and "\u2029". No value can pass for a column or a
+// record line of its own. Every command prints record values through it.
+QString Printable(const QString &value);
+
+// The most kmd reads of a passphrase file, a values file, or one line of
+// standard input.
+constexpr qsizetype MaxInputBytes = 64 * 1024;
+
+// Values kept off the command line, where every local user can read them
+// (/proc/PID/cmdline): an assignment NAME=- takes the next line of standard
+// input (without echo on a terminal), and the NAME=VALUE lines of
+// --values-file FILE are added after the assignments given. Values from
+// standard input are read before any passphrase from it. Returns 0, or the
+// status after the message.
+int ResolveValues(Context &ctx);
+// Wipes the arguments, which may hold such values now.
+void WipeArguments(Context &ctx);
 // Closes the session's store (saving its settings rows only where a command
 // changed them) and wipes every key.
 void CloseSession();
@@ -73,6 +100,9 @@ struct Command {
 
     // "kmd list STORE SECTION [--category ID] [--kind K] [--show-private]"
     QString synopsis() const;
+    // Where the NAME=VALUE assignments begin among the positional arguments;
+    // -1 for a command that takes none.
+    qsizetype firstAssignment() const;
     // Whether n positional arguments fit the command's arguments.
     bool takes(qsizetype n) const;
 };

@@ -4,20 +4,19 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <iostream>
 #include <string>
 
 #include <QFile>
+#include <QFileInfo>
+#include <QStringDecoder>
 
+#include "cli/Cli.h"
 #include "ui/LanguageUS.h"
 #include "store/frmPW.h"
 
 namespace cli {
 
-namespace {
-
-// One line from standard input; without echo when it is a terminal.
-QString readSecretLine(const QString &prompt) {
+std::optional<QString> ReadInputLine(const QString &prompt, QString *why) {
     const bool tty = isatty(STDIN_FILENO);
     termios old{};
     if (tty) {
@@ -28,18 +27,71 @@ QString readSecretLine(const QString &prompt) {
         quiet.c_lflag &= ~static_cast<tcflag_t>(ECHO);
         tcsetattr(STDIN_FILENO, TCSAFLUSH, &quiet);
     }
+    // Reserved at its full size, so the line never moves and leaves a copy behind.
     std::string line;
-    std::getline(std::cin, line);
+    line.reserve(static_cast<std::size_t>(MaxInputBytes) + 1);
+    bool tooLong = false;
+    for (int c; (c = std::getchar()) != EOF && c != '\n';) {
+        if (line.size() >= static_cast<std::size_t>(MaxInputBytes)) {
+            tooLong = true;
+            break;
+        }
+        line.push_back(static_cast<char>(c));
+    }
     if (tty) {
         tcsetattr(STDIN_FILENO, TCSAFLUSH, &old);
         std::fputc('\n', stderr);
     }
-    QString out = QString::fromUtf8(line.data(), static_cast<qsizetype>(line.size()));
-    km::cleanse(line.data(), line.size());
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    std::optional<QString> out;
+    QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    QString text = utf8.decode(QByteArrayView(line.data(), static_cast<qsizetype>(line.size())));
+    km::cleanse(line.data(), line.capacity());
+    if (tooLong) {
+        if (why) *why = QStringLiteral("The line read from standard input is longer than 64 KiB.");
+    } else if (utf8.hasError()) {
+        if (why) *why = QStringLiteral("The line read from standard input is not UTF-8 text.");
+    } else {
+        out = text;
+    }
+    km::wipe(text);
     return out;
 }
 
-} // namespace
+std::optional<QString> ReadTextFile(const QString &path, const QString &what, QString *why) {
+    const QFileInfo info(path);
+    if (info.exists() && info.isDir()) {
+        if (why) *why = QStringLiteral("The %1 %2 is a folder.").arg(what, path);
+        return std::nullopt;
+    }
+    QFile f(path);
+    if (!f.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        if (why) *why = QStringLiteral("Cannot read the %1 %2.").arg(what, path);
+        return std::nullopt;
+    }
+    // Read into one buffer of the full bound: a pipe or device may give
+    // short reads, and /dev/zero never ends.
+    QByteArray raw(MaxInputBytes + 1, Qt::Uninitialized);
+    qsizetype got = 0;
+    while (got < raw.size()) {
+        const qint64 n = f.read(raw.data() + got, raw.size() - got);
+        if (n <= 0) break;
+        got += n;
+    }
+    std::optional<QString> out;
+    QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    QString text = utf8.decode(QByteArrayView(raw.constData(), got));
+    km::wipe(raw);
+    if (got > MaxInputBytes) {
+        if (why) *why = QStringLiteral("The %1 %2 is longer than 64 KiB.").arg(what, path);
+    } else if (utf8.hasError()) {
+        if (why) *why = QStringLiteral("The %1 %2 is not UTF-8 text.").arg(what, path);
+    } else {
+        out = text;
+    }
+    km::wipe(text);
+    return out;
+}
 
 PassphraseSource::~PassphraseSource() {
     for (QString &l : m_lines)
@@ -49,26 +101,28 @@ PassphraseSource::~PassphraseSource() {
 }
 
 bool PassphraseSource::loadFile(const QString &path, QString *why) {
-    QFile f(path);
-    if (!f.open(QIODevice::ReadOnly)) {
-        if (why) *why = QStringLiteral("Cannot read the passphrase file %1.").arg(path);
-        return false;
-    }
-    QByteArray raw = f.readAll();
-    QString text = QString::fromUtf8(raw);
-    km::wipe(raw);
-    if (text.endsWith(QLatin1Char('\n'))) text.chop(1);
-    if (text.endsWith(QLatin1Char('\r'))) text.chop(1);
-    m_lines = text.split(QLatin1Char('\n'));
+    std::optional<QString> text = ReadTextFile(path, QStringLiteral("passphrase file"), why);
+    if (!text) return false;
+    if (text->endsWith(QLatin1Char('\n'))) text->chop(1);
+    if (text->endsWith(QLatin1Char('\r'))) text->chop(1);
+    m_lines = text->split(QLatin1Char('\n'));
     for (QString &l : m_lines)
         if (l.endsWith(QLatin1Char('\r'))) l.chop(1);
-    km::wipe(text);
+    km::wipe(*text);
     m_fromFile = true;
     return true;
 }
 
 QString PassphraseSource::ask(const QString &prompt) {
-    return readSecretLine(prompt);
+    // A refused line is no entry: the dialog meets an empty one and says so.
+    std::optional<QString> line = ReadInputLine(prompt, &m_refusal);
+    if (!line) {
+        std::fprintf(stderr, "%s\n", m_refusal.toLocal8Bit().constData());
+        return QString();
+    }
+    QString entry = *line;
+    km::wipe(*line);
+    return entry;
 }
 
 QString PassphraseSource::current(const QString &prompt) {

@@ -4,6 +4,8 @@
 // from the passphrase source.
 #pragma once
 
+#include <optional>
+
 #include <QStringList>
 #include <QTextStream>
 
@@ -11,6 +13,15 @@
 #include "ui/Dialogs.h"
 
 namespace cli {
+
+// Reading what the person hands kmd, within bounds: at most MaxInputBytes
+// (64 KiB) of a file or of one line of standard input, UTF-8 only. Each
+// returns nothing and says why (in *why) when the input is refused; what was
+// read is wiped on the way.
+std::optional<QString> ReadTextFile(const QString &path, const QString &what, QString *why);
+// One line of standard input, without its line break; without echo, after
+// the prompt, when standard input is a terminal.
+std::optional<QString> ReadInputLine(const QString &prompt, QString *why);
 
 // Where passphrases come from: lines of --passphrase-file (UTF-8, one
 // trailing newline dropped), or the terminal without echo, or standard input
@@ -27,6 +38,10 @@ public:
 
     QString current(const QString &prompt);
     QString fresh(const QString &prompt, bool confirmation);
+    bool fromFile() const { return m_fromFile; }
+    qsizetype fileEntries() const { return m_lines.size(); }
+    // Why an entry from the terminal or standard input was refused ("" if none).
+    QString refusal() const { return m_refusal; }
 
 private:
     QString ask(const QString &prompt);
@@ -36,6 +51,7 @@ private:
     QString m_current;
     bool m_haveCurrent = false;
     QString m_lastFresh;
+    QString m_refusal;
 };
 
 class CliDialogs : public km::Dialogs {
@@ -45,6 +61,8 @@ public:
                        const QString &title) override;
     bool showModal(km::WindowModel &window) override;
     void standBy(int ms) override {}
+
+    PassphraseSource &source() { return m_source; }
 
     // Answer of the repair question and similar Yes/No questions.
     bool answerYes = false;

@@ -8,7 +8,7 @@
 //   kmd show STORE ID
 //     "index<TAB>name<TAB>value" for each field, then the row's category
 //     (memos: "category<TAB>id<TAB>name") or kind ("kind<TAB>k<TAB>caption").
-//     Line breaks, tabs and backslashes in values are written \n, \t, \\.
+//     Values are printed through Printable: one line each, whatever they hold.
 //   kmd add STORE 14 Subject=... [Memo=...] [Private=True] [category=ID]
 //   kmd add STORE 16 n0=... [n1=... n4=...] [notes=...] [Private=True] [kind=K]
 //     prints the new fPK.
@@ -42,14 +42,6 @@ const QString kMemoAddUsage =
 const QString kConfidentialAddUsage =
     QStringLiteral("kmd add STORE 16 n0=... [n1=... n4=...] [notes=...] [Private=True] [kind=K]");
 
-QString escaped(QString v) {
-    v.replace('\\', QStringLiteral("\\\\"));
-    v.replace(QStringLiteral("\r\n"), QStringLiteral("\\n"));
-    v.replace('\n', QStringLiteral("\\n"));
-    v.replace('\t', QStringLiteral("\\t"));
-    return v;
-}
-
 bool isTrue(const QString &v) {
     return v.compare(QLatin1String("true"), Qt::CaseInsensitive) == 0 || v == QLatin1String("1") ||
            v == QLatin1String("-1");
@@ -76,7 +68,7 @@ int list(Context &ctx) {
     const auto category = intOption(ctx, "category", &bad);
     const auto kind = intOption(ctx, "kind", &bad);
     if (bad) return ctx.fail(QStringLiteral("--category and --kind take numbers."), ExitUsage);
-    if (int e = Login(ctx, ctx.positional.at(0))) return e;
+    if (int e = Login(ctx, ctx.positional.at(0), Access::ReadOnly)) return e;
     SessionGuards::state().ShowPrivate = ctx.flag("show-private");
     QTextStream &out = *ctx.out;
     if (section == km::frmNotepad::Section) {
@@ -86,21 +78,21 @@ int list(Context &ctx) {
         CATEGORIES::SelectCategory(w.cboCategories, category.value_or(CATEGORIES::CategoryAll));
         w.listSelect_Initialize();
         for (int i = 0; i < w.ListSelect.ListCount(); ++i)
-            out << w.ListSelect.ItemData(i) << '\t' << w.ListSelect.List(i) << '\n';
+            out << w.ListSelect.ItemData(i) << '\t' << Printable(w.ListSelect.List(i)) << '\n';
     } else {
         if (kind && !km::KindOf(*kind)) return ctx.fail(QStringLiteral("Kinds are 1 to 16."), ExitUsage);
         km::BasicShell shell;
         km::frmClassified w(shell.context());
         w.cat_Click(kind.value_or(1));
         for (int i = 0; i < w.listSelect.ListCount(); ++i)
-            out << w.listSelect.ItemData(i) << '\t' << w.listSelect.List(i) << '\n';
+            out << w.listSelect.ItemData(i) << '\t' << Printable(w.listSelect.List(i)) << '\n';
     }
     return ExitOk;
 }
 
 int show(Context &ctx) {
     const qint64 id = ctx.positional.at(1).toLongLong();
-    if (int e = Login(ctx, ctx.positional.at(0))) return e;
+    if (int e = Login(ctx, ctx.positional.at(0), Access::ReadOnly)) return e;
     const km::SortedSection::StoredRecord r = km::SortedSection::ReadRecord(db::Store(), id);
     if (!r.found) return ctx.fail(QStringLiteral("No record found"));
     if (const auto other = SectionCommandsFor(r.section); other && other->show) return other->show(ctx, id);
@@ -110,15 +102,15 @@ int show(Context &ctx) {
     if (!names) return ctx.fail(QStringLiteral("Records of section %1 are not shown here.").arg(r.section));
     QTextStream &out = *ctx.out;
     for (int i = 0; i < names->size(); ++i)
-        out << i << '\t' << names->at(i) << '\t' << escaped(r.values.value(i)) << '\n';
+        out << i << '\t' << names->at(i) << '\t' << Printable(r.values.value(i)) << '\n';
     if (r.section == km::frmNotepad::Section) {
         CATEGORIES::LoadCategories(r.section);
         const auto &s = CATEGORIES::state();
         const qsizetype at = s.CategoryIds.indexOf(r.g1);
         out << "category\t" << r.g1 << '\t'
-            << (r.g1 == 0 ? CATEGORIES::UnfiledText()
-                : at >= 0 ? s.CategoryNames.at(at)
-                          : QString())
+            << Printable(r.g1 == 0 ? CATEGORIES::UnfiledText()
+                         : at >= 0 ? s.CategoryNames.at(at)
+                                   : QString())
             << '\n';
     } else {
         const km::ConfidentialKind *k = km::KindOf(r.g1);
@@ -276,7 +268,8 @@ Registration
     r2({QStringLiteral("show"),
         QStringLiteral("Prints \"index<TAB>name<TAB>value\" for each field of a memo or confidential "
                        "record, then \"category<TAB>id<TAB>name\" or \"kind<TAB>k<TAB>caption\". Line "
-                       "breaks, tabs and backslashes in values are written \\n, \\t, \\\\."),
+                       "breaks, tabs, backslashes and other control characters in values are written "
+                       "\\n, \\t, \\\\, \\r and \\xHH."),
         {StoreArgument(), idArgument()},
         {},
         show});

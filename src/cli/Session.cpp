@@ -43,22 +43,27 @@ int TestStoreFile(Context &ctx, const QString &path) {
     db::State &d = db::state();
     if (path.isEmpty()) return ctx.fail(LanguageUS::MessageText(1));
     d.DatabasePath = QFileInfo(path).absoluteFilePath();
-    if (!QFileInfo(d.DatabasePath).isFile() && !QFileInfo(d.DatabasePath).isDir())
+    const QFileInfo info(d.DatabasePath);
+    if (!info.exists() && !info.isSymLink())
         return ctx.fail(QStringLiteral("The file does not exist: %1").arg(path));
+    if (!info.isFile() && !info.isDir())
+        return ctx.fail(QStringLiteral("Not a store file: %1 is a device, a pipe or a socket.").arg(path));
+    // TestOpenFile says what went wrong (the damaged store's question included).
     const int err = db::TestOpenFile(d.DatabasePath);
-    if (err == km::EngineErr::NotAStore) return ctx.fail(LanguageUS::MessageText(51));
-    if (err == km::EngineErr::AlreadyInUse)
-        return ctx.fail(QStringLiteral("The database is in use by another program or window."));
-    if (err != 0) return ExitFailure; // the engine's words were shown with the repair question
+    if (err == km::EngineErr::Damaged)
+        return ctx.fail(QStringLiteral("kmd repair %1 rebuilds the store from every row that can be read.")
+                            .arg(path));
+    if (err != 0) return ExitFailure;
     d.DatabasePath = QFileInfo(path).absoluteFilePath();
     return ExitOk;
 }
 
-int Login(Context &ctx, const QString &path) {
+int Login(Context &ctx, const QString &path, Access access) {
     if (!session().dialogs) SetUpDialogs(ctx, false);
     const int tested = TestStoreFile(ctx, path);
     if (tested != ExitOk) return tested;
     db::state().OpenAttempts = 0;
+    db::state().ReadOnly = access == Access::ReadOnly;
     const int err = db::OpenStore();
     return err == 0 ? ExitOk : ExitFailure;
 }
@@ -70,6 +75,7 @@ void KeepSettingsOnClose() {
 void CloseSession() {
     Session &s = session();
     if (db::state().StoreDb) db::CloseStore(s.saveSettings);
+    db::state().ReadOnly = false;
     km::setUi(nullptr);
     s.dialogs.reset();
     s.source.reset();

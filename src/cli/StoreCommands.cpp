@@ -31,10 +31,10 @@ int create(Context &ctx) {
 }
 
 int info(Context &ctx) {
-    if (int e = Login(ctx, ctx.positional.at(0))) return e;
+    if (int e = Login(ctx, ctx.positional.at(0), Access::ReadOnly)) return e;
     QTextStream &out = *ctx.out;
     out << "version\t" << db::ReadStoreVersion() << "\n";
-    out << "user\t" << Users::state().User.Name << "\n";
+    out << "user\t" << Printable(Users::state().User.Name) << "\n";
     auto rows = db::Store().OpenRowSet(
         QStringLiteral("SELECT fSec, Count(fPK) AS N FROM tt GROUP BY fSec ORDER BY fSec"), km::Snapshot);
     for (; !rows->Eof(); rows->MoveNext())
@@ -86,7 +86,7 @@ bool checkRow(km::RowSet &row, int section, int sub, QString *why) {
 }
 
 int check(Context &ctx) {
-    if (int e = Login(ctx, ctx.positional.at(0))) return e;
+    if (int e = Login(ctx, ctx.positional.at(0), Access::ReadOnly)) return e;
     QTextStream &out = *ctx.out;
     auto rows = db::Store().OpenRowSet(QStringLiteral("SELECT * FROM tt ORDER BY fPK"), km::Snapshot);
     qint64 total = 0, failed = 0;
@@ -113,6 +113,14 @@ int check(Context &ctx) {
 }
 
 int passwd(Context &ctx) {
+    // A file is read without a look at it: a new passphrase given once could
+    // hold a slip nobody would see until the store no longer opens. The
+    // confirmation must be written out, never taken from the line before it.
+    PassphraseSource &source = SetUpDialogs(ctx, false).source();
+    if (source.fromFile() && source.fileEntries() < 3)
+        return ctx.fail(QStringLiteral("A passphrase file for passwd needs three lines: the present passphrase, "
+                                       "the new one, and the new one again. Nothing was changed."),
+                        ExitUsage);
     if (int e = Login(ctx, ctx.positional.at(0))) return e;
     return Passphrase::ChangePassphrase() ? ExitOk : ExitFailure;
 }
@@ -122,11 +130,11 @@ int categories(Context &ctx) {
     const int section = ctx.positional.at(1).toInt(&ok);
     if (!ok || section < 11 || section > 19)
         return ctx.fail(QStringLiteral("No such section: %1").arg(ctx.positional.at(1)), ExitUsage);
-    if (int e = Login(ctx, ctx.positional.at(0))) return e;
+    if (int e = Login(ctx, ctx.positional.at(0), Access::ReadOnly)) return e;
     CATEGORIES::LoadCategories(section);
     const auto &s = CATEGORIES::state();
     for (int i = 0; i < s.CategoryNames.size(); ++i)
-        *ctx.out << s.CategoryIds.at(i) << "\t" << s.CategoryNames.at(i) << "\n";
+        *ctx.out << s.CategoryIds.at(i) << "\t" << Printable(s.CategoryNames.at(i)) << "\n";
     return ExitOk;
 }
 
@@ -140,13 +148,16 @@ int compact(Context &ctx) {
 int repair(Context &ctx) {
     SetUpDialogs(ctx, false);
     const QString path = QFileInfo(ctx.positional.at(0)).absoluteFilePath();
-    if (!QFileInfo(path).isFile())
+    const QFileInfo info(path);
+    if (!info.exists())
         return ctx.fail(QStringLiteral("The file does not exist: %1").arg(ctx.positional.at(0)));
+    if (!info.isFile())
+        return ctx.fail(QStringLiteral("Not a store file: %1").arg(ctx.positional.at(0)));
     db::state().DatabasePath = path;
-    km::RepairDatabase(path);
-    km::CompactInPlace(path);
-    *ctx.err << LanguageUS::MessageText(166) << Qt::endl;
-    return ExitOk;
+    const km::RepairReport report = db::RepairDatabase(path);
+    QString text = db::RepairOutcome(report, path);
+    *ctx.err << text.replace(QStringLiteral("\r\n"), QStringLiteral("\n")) << Qt::endl;
+    return report.usable() ? ExitOk : ExitFailure;
 }
 
 int add(Context &ctx) {
@@ -223,8 +234,9 @@ Registration
         {},
         check});
 Registration r4({QStringLiteral("passwd"),
-                 QStringLiteral("Changes the passphrase: the present one, then the new one twice (from a "
-                                "passphrase file: three lines)."),
+                 QStringLiteral("Changes the passphrase: the present one, then the new one twice. A passphrase "
+                                "file must hold all three lines; with fewer nothing is changed, as a new "
+                                "passphrase is never taken as its own confirmation."),
                  {StoreArgument()},
                  {},
                  passwd});
@@ -240,7 +252,9 @@ Registration r6({QStringLiteral("compact"),
                  compact});
 Registration
     r7({QStringLiteral("repair"),
-        QStringLiteral("Rebuilds a damaged store from every row that can be read, then compacts it."),
+        QStringLiteral("Rebuilds a damaged store from every row that can be read, then compacts it, "
+                       "and says how many rows it kept; the damaged file stays beside it as "
+                       "STORE.damaged. The status is 1 when the result cannot serve as a store."),
         {StoreArgument()},
         {},
         repair});

@@ -25,6 +25,15 @@ QCommandLineOption passphraseFileOption() {
             QStringLiteral("FILE")};
 }
 
+QCommandLineOption valuesFileOption() {
+    return {QStringLiteral("values-file"),
+            QStringLiteral("Reads NAME=VALUE lines (UTF-8) from FILE, after the NAME=VALUE arguments. A value "
+                           "given as NAME=- is read from standard input instead, one line (without echo on a "
+                           "terminal), before any passphrase from it. Both keep secret values (a PIN, a "
+                           "password) off the command line, which every local user can read while kmd runs."),
+            QStringLiteral("FILE")};
+}
+
 QCommandLineOption helpOption() {
     return {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Shows this help.")};
 }
@@ -52,6 +61,11 @@ void setUpGlobal(QCommandLineParser &parser) {
     parser.setApplicationDescription(
         QStringLiteral("Works on a Kestrelmondarin store (.kmd) without a window.\n"
                        "The passphrase is read from the terminal without echo, or from FILE.\n"
+                       "Secret values belong not on the command line, where every local user can read\n"
+                       "them while kmd runs: NAME=- reads a value from standard input, and\n"
+                       "--values-file FILE reads NAME=VALUE lines (kmd add --help).\n"
+                       "Printed values stay on their line: tab, CR, LF and other control characters\n"
+                       "are written \\t, \\r, \\n, \\xHH, a backslash \\\\.\n"
                        "Exit status: 0 done, 1 failed, 2 wrong passphrase, 64 usage error."));
     parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
     parser.addOption(passphraseFileOption());
@@ -82,6 +96,7 @@ QString wrapped(const QString &text, qsizetype width = 79) {
 void setUpCommand(QCommandLineParser &parser, const cli::Command &command) {
     parser.setApplicationDescription(wrapped(command.description));
     parser.addOptions(command.options);
+    if (command.firstAssignment() >= 0) parser.addOption(valuesFileOption());
     parser.addOption(passphraseFileOption());
     parser.addOption(helpOption());
     for (const cli::Argument &a : command.arguments)
@@ -169,9 +184,21 @@ int main(int argc, char **argv) {
     const QCommandLineOption passphraseFile = passphraseFileOption();
     ctx.passphraseFile =
         parser.isSet(passphraseFile) ? parser.value(passphraseFile) : global.value(passphraseFile);
-    if (!command->takes(ctx.positional.size())) return ctx.usageError();
+    if (command->firstAssignment() >= 0 && parser.isSet(QStringLiteral("values-file")))
+        ctx.valuesFile = parser.value(QStringLiteral("values-file"));
+    // Assignments may come from the values file alone.
+    const bool takesBefore = command->takes(ctx.positional.size());
+    if (const int resolved = cli::ResolveValues(ctx)) {
+        cli::WipeArguments(ctx);
+        return resolved;
+    }
+    if (!command->takes(ctx.positional.size()) || (!takesBefore && ctx.valuesFile.isEmpty())) {
+        cli::WipeArguments(ctx);
+        return ctx.usageError();
+    }
 
     const int status = run(*command, ctx);
+    cli::WipeArguments(ctx);
     out.flush();
     return status;
 }

@@ -37,6 +37,7 @@
 #include <set>
 #include <utility>
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
@@ -1255,6 +1256,80 @@ void RowSet::Close() {
 
 // ==================================================================== StoreDb
 
+QStringList StoreSideFiles(const QString &path) {
+    return {path + QStringLiteral("-journal"), path + QStringLiteral("-wal"), path + QStringLiteral("-shm")};
+}
+
+namespace {
+
+// Bytes 18 and 19 of the header are 2 while the file is in write-ahead mode:
+// a session was killed before it went back to the rollback journal.
+bool headerInLogMode(const QString &path) {
+    QFile f(path);
+    if (!f.open(QIODevice::ReadOnly)) return false;
+    const QByteArray header = f.read(20);
+    return header.size() == 20 && header.startsWith("SQLite format 3") && header.at(18) == 2;
+}
+
+const QLatin1String kTemporarySuffix(".kmtmp");
+
+} // namespace
+
+bool StoreNeedsRecovery(const QString &path) {
+    const QStringList side = StoreSideFiles(path);
+    return QFileInfo::exists(side.at(0)) || QFileInfo::exists(side.at(1)) || headerInLogMode(path);
+}
+
+void RecoverStore(const QString &path) {
+    if (!QFileInfo(path).isFile() || !StoreNeedsRecovery(path)) return;
+    try {
+        Connection con;
+        openConnection(con, path, SQLITE_OPEN_READWRITE);
+        if (sqlite3_db_readonly(con.db, "main") == 1)
+            fail(EngineErr::ReadOnly, QString());
+        // The first read rolls a hot journal back; leaving write-ahead mode
+        // writes the log into the file and deletes it with its index.
+        execute(con.db, "SELECT count(*) FROM sqlite_master");
+        execute(con.db, "PRAGMA journal_mode = DELETE");
+        const int rc = sqlite3_close(con.release());
+        if (rc != SQLITE_OK) fail(EngineErr::Generic, QString::fromUtf8(sqlite3_errstr(rc)));
+    } catch (const EngineError &e) {
+        if (e.number() == EngineErr::ReadOnly)
+            fail(EngineErr::ReadOnly,
+                 QStringLiteral("The store was left unfinished by a program that ended abruptly. It is "
+                                "completed when it is opened where the file and its folder can be written."));
+        throw;
+    }
+    // A journal that was not hot (an empty one) stays behind the close.
+    const QString journal = StoreSideFiles(path).at(0);
+    if (QFileInfo::exists(journal) && QFileInfo(journal).size() == 0) QFile::remove(journal);
+}
+
+QString StoreTemporaryPath(const QString &path) {
+    for (int i = 0;; ++i) {
+        const QString candidate = path + kTemporarySuffix + QString::number(i);
+        if (!QFileInfo::exists(candidate)) return candidate;
+    }
+}
+
+int RemoveStoreTemporaries(const QString &path) {
+    const QFileInfo store(path);
+    const QDir folder = store.absoluteDir();
+    const QString prefix = store.fileName() + kTemporarySuffix;
+    int removed = 0;
+    for (const QString &name : folder.entryList({prefix + QLatin1Char('*')}, QDir::Files | QDir::Hidden)) {
+        // Only the operation's own names: the prefix and a number, and the
+        // side files SQLite may have left beside such a file.
+        QString rest = name.mid(prefix.size());
+        for (const char *side : {"-journal", "-wal", "-shm"})
+            if (rest.endsWith(QLatin1String(side))) rest.chop(static_cast<qsizetype>(std::strlen(side)));
+        bool number = false;
+        rest.toUInt(&number);
+        if (number && QFile::remove(folder.filePath(name))) ++removed;
+    }
+    return removed;
+}
+
 StoreDb::StoreDb(std::unique_ptr<Impl> impl) : d(std::move(impl)) {}
 
 StoreDb::~StoreDb() = default;
@@ -1286,6 +1361,7 @@ std::unique_ptr<StoreDb> StoreDb::OpenDatabase(const QString &path, bool exclusi
     if (!info.exists()) fail(EngineErr::FileNotFound, QStringLiteral("The database file was not found."));
     if (!info.isFile())
         fail(EngineErr::NotAStore, QStringLiteral("Unrecognized database format: not a file."));
+    RecoverStore(path);
     // SQLite gives its log the store's mode: a store written by an earlier
     // version, readable by others, becomes private before it gets one.
     if (!readOnly) KeepPrivate(path);
@@ -1296,6 +1372,9 @@ std::unique_ptr<StoreDb> StoreDb::OpenDatabase(const QString &path, bool exclusi
         if (!readOnly) execute(con.db, "BEGIN EXCLUSIVE; COMMIT");
     }
     verifyStore(con.db);
+    // Held alone and for writing: no compact or repair can be at work on
+    // the store, so copies that one left when it was killed can go.
+    if (exclusive && !readOnly) RemoveStoreTemporaries(path);
     quickCheck(con.db);
     // While a session holds the store alone, commits go to a write-ahead log
     // (in exclusive locking mode, so without a shared-memory file): a save

@@ -23,6 +23,7 @@
 #include <vector>
 
 #include <QString>
+#include <QStringList>
 #include <QVariant>
 
 struct sqlite3;
@@ -131,7 +132,11 @@ public:
 
     // Opens a store. A file that is not a store at all fails with NotAStore, a
     // store that is damaged with Damaged, a store another process has open
-    // with AlreadyInUse, a missing file with FileNotFound.
+    // with AlreadyInUse, a missing file with FileNotFound. What a killed
+    // process left is recovered first (RecoverStore), read-only opens too. A
+    // read-only open writes nothing: the file keeps its bytes and its time.
+    // An exclusive writable open removes the temporaries of operations that
+    // were killed (no other process can be working on the store by then).
     static std::unique_ptr<StoreDb> OpenDatabase(const QString &path, bool exclusive = true,
                                                  bool readOnly = false);
 
@@ -159,6 +164,31 @@ private:
     std::unique_ptr<Impl> d;
     friend class RowSet;
 };
+
+// ---- A store's side files ----
+// Besides the store itself, SQLite keeps a rollback journal ("-journal"), a
+// write-ahead log ("-wal") and its index ("-shm") beside it while it writes;
+// a process killed mid-write leaves them behind, and they hold committed rows
+// (a log) or the way back to the last commit (a journal). Compacting and
+// repairing write a new file beside the store first: its temporary files end
+// in ".kmtmp" and a number, a name nothing else uses, so that copies left by
+// a killed compact (which hold deleted records) can be told apart and removed.
+
+// Folds what a killed process left into the store: a hot journal is rolled
+// back, a log is written into the file, and none of the three side files
+// remains. Does nothing (and writes nothing) when there is none. Throws
+// EngineError when the leftovers cannot be applied (a read-only file or
+// folder, another process using the store, a damaged file).
+void RecoverStore(const QString &path);
+// Whether a killed process left a journal or a log beside the store.
+bool StoreNeedsRecovery(const QString &path);
+// The side files' names: -journal, -wal, -shm.
+QStringList StoreSideFiles(const QString &path);
+// A new temporary file name for an operation on the store, beside it.
+QString StoreTemporaryPath(const QString &path);
+// Removes the temporary files an operation on the store left (those named by
+// StoreTemporaryPath); returns how many went.
+int RemoveStoreTemporaries(const QString &path);
 
 // One transaction (a savepoint inside another) that is rolled back unless
 // it was committed: a write that fails half way leaves the file as it was.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <limits>
 #include <unordered_set>
 
 #include <QFile>
@@ -59,9 +60,34 @@ void replaceFile(const QString &from, const QString &to) {
 }
 
 QString freshPath(const QString &base) {
-    for (int i = 0;; ++i) {
-        const QString candidate = base + QStringLiteral(".tmp%1").arg(i);
-        if (!QFileInfo::exists(candidate)) return candidate;
+    return StoreTemporaryPath(base);
+}
+
+// After a new file took the store's name, nothing of the old file may stay
+// beside it: SQLite would apply an old log to the new file.
+void removeSideFiles(const QString &path) {
+    for (const QString &side : StoreSideFiles(path))
+        QFile::remove(side);
+}
+
+// Whether the file opens as a store and holds its key rows.
+void judge(const QString &path, RepairReport &report) {
+    try {
+        auto store = StoreDb::OpenDatabase(path, false, true);
+        report.opens = true;
+        bool keyString = false, user = false;
+        auto sections = store->OpenRowSet(
+            QStringLiteral("SELECT fSec, fSub FROM tt WHERE fSec=1 Or fSec=2"), Snapshot);
+        for (; !sections->Eof(); sections->MoveNext()) {
+            const int sec = sections->GetColumn("fSec").toInt();
+            const int sub = sections->GetColumn("fSub").toInt();
+            keyString = keyString || (sec == 1 && (sub == 1 || sub == 2));
+            user = user || sec == 2;
+        }
+        report.hasKeyRows = keyString && user;
+        store->Close();
+    } catch (const EngineError &) {
+        report.opens = false;
     }
 }
 
@@ -91,7 +117,14 @@ bool StoreIsSound(const QString &path) {
     return r && qstrcmp(r, "ok") == 0;
 }
 
-void RepairDatabase(const QString &path) {
+RepairReport RepairDatabase(const QString &path) {
+    RepairReport report;
+    try {
+        RecoverStore(path);
+    } catch (const EngineError &e) {
+        // A damaged store may refuse its log; the log then goes aside with it.
+        if (e.number() == EngineErr::AlreadyInUse) throw;
+    }
     {
         Db probe;
         open(probe, path, SQLITE_OPEN_READONLY);
@@ -100,7 +133,11 @@ void RepairDatabase(const QString &path) {
         if (rc != SQLITE_OK && (rc & 0xff) != SQLITE_CORRUPT)
             fail(probe.db, rc, QStringLiteral("Reading the file failed"));
     }
-    if (StoreIsSound(path)) return;
+    if (!StoreNeedsRecovery(path) && StoreIsSound(path)) {
+        report.wasSound = true;
+        judge(path, report);
+        return report;
+    }
 
     // A file cut off inside a page would have that page's missing end read as
     // zeros, and rows on it would come back with their columns zeroed. The
@@ -150,7 +187,7 @@ void RepairDatabase(const QString &path) {
             sqlite3_step(insert.st);
             sqlite3_reset(insert.st);
             const sqlite3_int64 id = sqlite3_column_int64(row, 0);
-            copied.insert(id);
+            if (copied.insert(id).second) ++report.rowsKept;
             maxSeen = std::max(maxSeen, id);
         };
 
@@ -167,12 +204,19 @@ void RepairDatabase(const QString &path) {
             bool progressed = false;
             while ((rc = sqlite3_step(sel.st)) == SQLITE_ROW) {
                 copyRow(sel.st);
-                last = sqlite3_column_int64(sel.st, 0);
-                progressed = true;
+                // A damaged page can hold a row id below the ones before it:
+                // the walk goes on from the highest id met, never back.
+                const sqlite3_int64 id = sqlite3_column_int64(sel.st, 0);
+                if (id > last) {
+                    last = id;
+                    progressed = true;
+                }
             }
             if (rc == SQLITE_DONE) break;
             misses = progressed ? 0 : misses + 1;
-            last += sqlite3_int64(1) << std::min(misses, 30);
+            const sqlite3_int64 stride = sqlite3_int64(1) << std::min(misses, 30);
+            if (last > std::numeric_limits<sqlite3_int64>::max() - stride) break;
+            last += stride;
         }
 
         // The strides may have stepped over rows on sound pages beyond the
@@ -229,16 +273,26 @@ void RepairDatabase(const QString &path) {
     }
     const QString keep = path + QStringLiteral(".damaged");
     QFile::remove(keep);
+    for (const QString &side : StoreSideFiles(keep))
+        QFile::remove(side);
     if (!QFile::rename(path, keep)) {
         QFile::remove(rebuilt);
         throw EngineError(EngineErr::AlreadyInUse,
                           QStringLiteral("The damaged file could not be put aside."));
     }
     KeepPrivate(keep); // what could be read of the store is still the store's
+    // A journal or log the damaged file would not take stays with it.
+    const QStringList from = StoreSideFiles(path), to = StoreSideFiles(keep);
+    for (qsizetype i = 0; i < from.size(); ++i)
+        if (QFileInfo::exists(from.at(i))) QFile::rename(from.at(i), to.at(i));
     replaceFile(rebuilt, path);
+    removeSideFiles(path);
+    judge(path, report);
+    return report;
 }
 
 void CompactDatabase(const QString &source, const QString &destination) {
+    RecoverStore(source);
     Db d;
     open(d, source, SQLITE_OPEN_READONLY);
     // VACUUM INTO writes into an empty file as into a new one; made here
@@ -262,6 +316,7 @@ void CompactInPlace(const QString &path) {
         throw;
     }
     replaceFile(temp, path);
+    removeSideFiles(path);
 }
 
 } // namespace km

@@ -436,10 +436,13 @@ bool frmMDI::Form_Load() {
         db::State &s = db::state();
         db::LoadRecentFiles();
         s.DbOpen = false;
+        // A remembered store that fails to open has been named with its
+        // reason by the probe; it stays remembered, and is no first start.
+        const bool remembered = !s.DatabasePath.isEmpty();
         if (ProbeDatabase(s.DatabasePath) != 0) {
             const QString folder = SpecialFolder(FolderDocuments) + QStringLiteral("/Kestrelmondarin");
             const QString path = folder + QStringLiteral("/PersonalData.kmd");
-            const bool firstRun = s.DatabasePath.isEmpty() && !QFileInfo::exists(folder);
+            const bool firstRun = !remembered && !QFileInfo::exists(folder);
             if (firstRun && ui().message(FirstStartQuestion(path), Buttons::YesNo, Answer::Yes,
                                          Icon::Question) == Answer::Yes) {
                 MakePrivateFolder(folder);
@@ -618,15 +621,17 @@ bool frmMDI::mnuDbRepair(const QString &pathIn) {
     } else {
         desktop().setWaitCursor(true);
         CloseStore();
+        QString outcome;
         try {
-            RepairDatabase(path);
-            CompactInPlace(path);
-            result = true;
-        } catch (const EngineError &) {
+            const RepairReport report = db::RepairDatabase(path);
+            result = report.usable();
+            outcome = db::RepairOutcome(report, path);
+        } catch (const EngineError &e) {
             result = false;
+            outcome = e.description();
         }
-        ShowMessage(166, Buttons::OK, Answer::OK, Icon::Information);
-        if (hadKeys) {
+        ui().message(outcome, Buttons::OK, Answer::OK, result ? Icon::Information : Icon::Critical);
+        if (hadKeys && result) {
             guarded([&] {
                 CRY::LoadKeyTable(keys);
                 Users::state().User = user;

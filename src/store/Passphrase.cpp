@@ -1,5 +1,7 @@
 #include "store/Passphrase.h"
 
+#include "platform/CodePage1252.h"
+#include "store/CONVERSION.h"
 #include "ui/Dialogs.h"
 #include "ui/LanguageUS.h"
 #include "store/CRY.h"
@@ -27,6 +29,30 @@ void fatal(int number, const QString &detail = QString()) {
 [[noreturn]] void endProgram(int number) {
     fatal(number);
     throw km::ProgramEnd{1, 83};
+}
+
+// The text a passphrase is hashed as. The hashes take code page 1252 bytes,
+// as they always have, so a passphrase the code page holds is hashed as it is
+// and opens the stores it always opened. One with characters the code page
+// has no byte for takes the stored form of typed texts ("&#N;" for each such
+// character), so that every character counts with its whole value.
+template <class Hash> SecureBytes hashPassphrase(const QString &passphrase, Hash hash) {
+    bool fits = true;
+    for (const QChar c : passphrase)
+        fits = fits && !c.isSurrogate() && km::cp1252::holds(c.unicode());
+    if (fits) return hash(passphrase);
+    QString stored = CONVERSION::TextToStored(passphrase);
+    SecureBytes h = hash(stored);
+    CRY::WipeString(stored);
+    return h;
+}
+
+SecureBytes passKeyOf(const QString &passphrase) {
+    return hashPassphrase(passphrase, [](const QString &t) { return CRY::HashKey(t); });
+}
+
+SecureBytes passCheckOf(const QString &passphrase) {
+    return hashPassphrase(passphrase, [](const QString &t) { return CRY::HashPass(t); });
 }
 
 QString dialogPath() {
@@ -86,8 +112,8 @@ int GetPassphrase(bool isNew) {
     for (;;) {
         const int err = AskPassphrase(isNew);
         if (err == 0) {
-            s.PassKey = CRY::HashKey(s.PassphraseRaw);
-            s.PassCheck = CRY::HashPass(s.PassphraseRaw);
+            s.PassKey = passKeyOf(s.PassphraseRaw);
+            s.PassCheck = passCheckOf(s.PassphraseRaw);
             CRY::WipeString(s.PassphraseRaw);
             return 0;
         }
@@ -223,7 +249,7 @@ int OpenKeyRows() {
     State &s = state();
     db::State &d = db::state();
     try {
-        if (!d.StoreDb) d.StoreDb = km::StoreDb::OpenDatabase(d.DatabasePath, true, false);
+        if (!d.StoreDb) d.StoreDb = km::StoreDb::OpenDatabase(d.DatabasePath, true, d.ReadOnly);
     } catch (const km::EngineError &e) {
         fatal(102, e.description());
         return e.number();
@@ -253,15 +279,19 @@ int OpenKeyRows() {
                 CRY::UnsealString(copy->GetColumn("fEtx").toByteArray(), CRY::HashKey(s.MasterSecret));
             keyString = CRY::UnsealString(km::toQByteArray(inner), s.PassKey);
             if (keyString.empty()) endProgram(106);
-            if (state == 103) {
+            if (d.ReadOnly) {
+                // The key string row is put right by the next session that writes.
+            } else if (state == 103) {
                 db::AddRow(*rows);
                 rows->SetColumn("fSec", 1);
                 rows->SetColumn("fSub", 1);
             } else {
                 db::EditRow(*rows);
             }
-            rows->SetColumn("fEtx", CRY::SealString(keyString, s.MasterSecret));
-            rows->Update();
+            if (!d.ReadOnly) {
+                rows->SetColumn("fEtx", CRY::SealString(keyString, s.MasterSecret));
+                rows->Update();
+            }
         }
         CRY::LoadKeyTable(keyString);
         CRY::WipeBytes(keyString);
@@ -279,7 +309,7 @@ bool VerifyPassphrase(bool keep) {
     bool ok = false;
     SecureBytes k;
     if (AskPassphrase(false) == 0 && !s.PassphraseRaw.isEmpty()) {
-        k = CRY::HashKey(s.PassphraseRaw);
+        k = passKeyOf(s.PassphraseRaw);
         CRY::WipeString(s.PassphraseRaw);
         try {
             auto rows = db::Store().OpenRowSet(

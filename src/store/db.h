@@ -11,6 +11,7 @@
 #include <QVariant>
 
 #include "platform/Engine.h"
+#include "platform/EngineMaintenance.h"
 
 namespace db {
 
@@ -26,6 +27,11 @@ struct State {
     int OpenAttempts = 0;                 // tries in the current open sequence
     bool NewStore = false;                // set after a create, cleared after an open of an old store
     bool RememberRecentFiles = true;      // the command line leaves the program's last store alone
+    // The session only reads: the store is opened read-only, nothing is
+    // written (no version row, no sweep, no default rows), and the file keeps
+    // its bytes and its modification time. Writes fail with the engine's
+    // ReadOnly error.
+    bool ReadOnly = false;
     // Called by FinishOpen once the store is open, and by CloseStore: the main
     // window enables its commands and puts the file name into its title.
     std::function<void()> AfterOpen;
@@ -113,10 +119,12 @@ void LoadRecentFiles();
 // The folder where file dialogs for stores start.
 QString StoreFolder();
 void SaveRecentFiles();
-// Opens and closes the file to see that the engine takes it; offers repair of
-// a damaged one. 0 or the error; an error clears DatabasePath.
+// Opens and closes the file to see that the engine takes it (what a killed
+// process left is recovered on the way); offers repair of a damaged one.
+// 0 or the error; every other failure is said (message 51 for a file that
+// is no store, else the engine's words). An error clears DatabasePath.
 int TestOpenFile(const QString &path);
-// The file dialog for an existing store, then TestOpenFile (message 51 on failure).
+// The file dialog for an existing store, then TestOpenFile.
 int ChooseStoreFile();
 // A new store from the dialog (or fixedPath) to the first open.
 int CreateStore(const QString &fixedPath = QString());
@@ -130,7 +138,11 @@ void WriteVersionRow();
 int ReadStoreVersion();
 int RepairStore();
 // The engine's repair of the file at path, then the compacting of it in place.
-void RepairDatabase(const QString &path);
+km::RepairReport RepairDatabase(const QString &path);
+// What to tell the person after a repair of path: the rows kept and message
+// 166 when the result serves as a store, else message 46 and where the
+// damaged file was put.
+QString RepairOutcome(const km::RepairReport &report, const QString &path);
 void CompactInPlace();
 // Removes rows of user sections that carry the same cipher text in fT1.
 int SweepDuplicates();

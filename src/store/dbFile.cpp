@@ -42,7 +42,8 @@ void LoadRecentFiles() {
 }
 
 void SaveRecentFiles() {
-    if (!state().RememberRecentFiles) return;
+    // A store that failed to open is no reason to forget it.
+    if (!state().RememberRecentFiles || state().DatabasePath.isEmpty()) return;
     km::RegWrite(RecentFileValue, state().DatabasePath);
     km::RegWrite(LastUserValue, state().LastUser);
 }
@@ -60,6 +61,11 @@ int TestOpenFile(const QString &path) {
             if (km::ui().message(text, km::Buttons::YesNo, km::Answer::Yes, km::Icon::Question) ==
                 km::Answer::Yes)
                 err = RepairStore();
+        } else if (err == km::EngineErr::NotAStore) {
+            say(51);
+        } else {
+            km::ui().message(e.description() + QStringLiteral("\r\n") + path, km::Buttons::OK, km::Answer::OK,
+                             km::Icon::Exclamation);
         }
     }
     if (err != 0) s.DatabasePath.clear();
@@ -89,10 +95,7 @@ int ChooseStoreFile() {
     if (!chosen || chosen->isEmpty()) return km::DialogCancelledError;
     s.DatabasePath = *chosen;
     const int err = TestOpenFile(s.DatabasePath);
-    if (err != 0) {
-        say(51);
-        return err;
-    }
+    if (err != 0) return err;
     s.NewStore = false;
     return 0;
 }
@@ -205,7 +208,7 @@ int OpenStore() {
     s.OpenAttempts = 0;
 
     const int version = ReadStoreVersion();
-    if (version == 0)
+    if (version == 0 && !s.ReadOnly)
         WriteVersionRow();
     else if (version > ProgramVersion) {
         CloseStore();
@@ -215,33 +218,61 @@ int OpenStore() {
     s.LastUser = Users::state().User.Name;
     FinishOpen();
     km::ui().status(QString());
-    SweepDuplicates();
+    if (!s.ReadOnly) SweepDuplicates();
     SaveRecentFiles();
     return 0;
 }
 
 void FinishOpen() {
     State &s = state();
-    if (!s.StoreDb) s.StoreDb = km::StoreDb::OpenDatabase(s.DatabasePath, true, false);
+    if (!s.StoreDb) s.StoreDb = km::StoreDb::OpenDatabase(s.DatabasePath, true, s.ReadOnly);
     s.DbOpen = true;
     Users::state().UnlockedSections = 0;
-    Users::LoadPin();
-    Startvariables::LoadStartVariables();
+    try {
+        Users::LoadPin();
+        Startvariables::LoadStartVariables();
+    } catch (const km::EngineError &e) {
+        // A store without its PIN or settings rows gets defaults written;
+        // a session that only reads keeps the defaults in memory.
+        if (!s.ReadOnly || e.number() != km::EngineErr::ReadOnly) throw;
+    }
     if (s.AfterOpen) s.AfterOpen();
 }
 
 int RepairStore() {
     State &s = state();
+    const QString path = s.DatabasePath;
     try {
-        km::RepairDatabase(s.DatabasePath);
+        const km::RepairReport report = km::RepairDatabase(path);
+        if (!report.usable()) {
+            km::ui().message(RepairOutcome(report, path), km::Buttons::OK, km::Answer::OK,
+                             km::Icon::Critical);
+            return km::EngineErr::Damaged;
+        }
     } catch (const km::EngineError &e) {
+        km::ui().message(e.description(), km::Buttons::OK, km::Answer::OK, km::Icon::Critical);
         return e.number();
     }
-    return TestOpenFile(s.DatabasePath);
+    return TestOpenFile(path);
 }
 
-void RepairDatabase(const QString &path) {
-    km::RepairDatabase(path);
+km::RepairReport RepairDatabase(const QString &path) {
+    km::RepairReport report = km::RepairDatabase(path);
+    if (report.opens) km::CompactInPlace(path);
+    return report;
+}
+
+QString RepairOutcome(const km::RepairReport &report, const QString &path) {
+    const QString kept = path + QStringLiteral(".damaged");
+    if (report.wasSound && report.usable()) return LanguageUS::MessageText(166);
+    QString text = report.wasSound ? QString()
+                                   : QStringLiteral("%1 rows could be read and were kept; the damaged file "
+                                                    "was put aside as %2.\r\n")
+                                         .arg(report.rowsKept)
+                                         .arg(kept);
+    if (report.usable()) return text + LanguageUS::MessageText(166);
+    if (!report.opens) return text + QStringLiteral("The repaired file cannot be opened as a store.");
+    return text + LanguageUS::MessageText(46);
 }
 
 void CompactInPlace() {
@@ -249,7 +280,7 @@ void CompactInPlace() {
     const bool wasOpen = static_cast<bool>(s.StoreDb);
     s.StoreDb.reset();
     km::CompactInPlace(s.DatabasePath);
-    if (wasOpen) s.StoreDb = km::StoreDb::OpenDatabase(s.DatabasePath, true, false);
+    if (wasOpen) s.StoreDb = km::StoreDb::OpenDatabase(s.DatabasePath, true, s.ReadOnly);
 }
 
 int SweepDuplicates() {

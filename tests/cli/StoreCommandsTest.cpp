@@ -104,6 +104,8 @@ TEST(KmdStore, PasswdReplacesThePassphrase) {
 TEST(KmdStore, LoginFailures) {
     KmdScratch scratch;
     scratch.write("wrong", "Wrong-Horse-99\n");
+    // passwd takes its three lines from a file, or refuses before the login.
+    scratch.write("wrong3", "Wrong-Horse-99\nNew-Horse-99\nNew-Horse-99\n");
     scratch.write("junk.kmd", "no store at all");
     const QList<QStringList> logins = {
         {"info"},
@@ -120,7 +122,7 @@ TEST(KmdStore, LoginFailures) {
     for (QStringList args : logins) {
         SCOPED_TRACE(args.join(' ').toStdString());
         args.insert(1, scratch.store);
-        const KmdResult wrong = scratch.run(args, "wrong");
+        const KmdResult wrong = scratch.run(args, args.first() == "passwd" ? "wrong3" : "wrong");
         EXPECT_EQ(wrong.status, 2);
         // The wrong passphrase, then why the program ends (no retry from a file).
         EXPECT_EQ(wrong.err, message(85) + message(95));

@@ -143,6 +143,34 @@ TEST_F(MainWindowTest, StartWithoutAStoreEndsInTheDbMenu) {
     }
 }
 
+// A remembered store that no longer opens is named with the reason; it is
+// neither forgotten nor taken for a first start that offers a new, empty store.
+TEST_F(MainWindowTest, ARememberedStoreThatFailsToOpenIsSaidAndKept) {
+    const QString broken = dir.filePath(QStringLiteral("Elsewhere/Mine.kmd"));
+    ASSERT_TRUE(QDir(dir.path()).mkpath(QStringLiteral("Elsewhere")));
+    {
+        QFile f(broken);
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write("not a store any more" + QByteArray(5000, 'x'));
+    }
+    RegWrite(QStringLiteral("MostRecentFiles\\1"), broken);
+    ui.answer(Answer::No);
+    int menus = 0;
+    ui.onModal<frmMenuDB>([&](frmMenuDB &m) {
+        ++menus;
+        m.cmdCancel_Click();
+        return false;
+    });
+    w->Form_Load();
+    ASSERT_FALSE(ui.shown.isEmpty());
+    EXPECT_EQ(ui.shown.first(), LanguageUS::MessageText(51));
+    for (const QString &shown : ui.shown)
+        EXPECT_FALSE(shown.startsWith(LanguageUS::MessageText(160).left(40))) << "no first-start offer";
+    EXPECT_EQ(menus, 1);
+    w->ExitProgram();
+    EXPECT_EQ(RegRead(QStringLiteral("MostRecentFiles\\1")), broken);
+}
+
 TEST_F(MainWindowTest, SecondInstanceIsRefused) {
     QLockFile other(SingleInstanceLockPath());
     ASSERT_TRUE(other.tryLock(0));

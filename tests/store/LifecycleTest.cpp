@@ -516,4 +516,46 @@ TEST_F(LifecycleTest, TheLastStoreAndUserRoundTripThroughTheSettingsFile) {
     EXPECT_EQ(db::state().LastUser, "Admin");
 }
 
+// ---- Crashes and repairs that cannot help ----
+
+TEST_F(LifecycleTest, AStoreThatFailsToOpenIsSaidAndNotForgotten) {
+    createClosed(Pass);
+    db::SaveRecentFiles();
+    const QByteArray settingsBefore = readFile(settingsFile);
+    writeFile(path, "no longer a store" + QByteArray(5000, 'x'));
+
+    resetSession();
+    db::LoadRecentFiles();
+    ui.shown.clear();
+    EXPECT_EQ(db::TestOpenFile(db::state().DatabasePath), km::EngineErr::NotAStore);
+    EXPECT_EQ(ui.shown, QStringList({msg(51)}));
+    db::ExitProgram();
+    EXPECT_EQ(readFile(settingsFile), settingsBefore) << "the store's path stays remembered";
+}
+
+TEST_F(LifecycleTest, ARepairWhoseResultHoldsNoKeysSaysSoInsteadOfRepaired) {
+    ASSERT_EQ(create(Pass), 0);
+    addMemos(40);
+    db::CloseStore();
+    {
+        sqlite3 *handle = nullptr;
+        ASSERT_EQ(sqlite3_open(QFile::encodeName(path).constData(), &handle), SQLITE_OK);
+        sqlite3_exec(handle, "DELETE FROM tt WHERE fSec IN (1, 2)", nullptr, nullptr, nullptr);
+        sqlite3_close(handle);
+    }
+    QByteArray bytes = readFile(path);
+    bytes.truncate(bytes.size() * 2 / 3);
+    writeFile(path, bytes);
+
+    db::state().DatabasePath = path;
+    ui.shown.clear();
+    ui.answer(km::Answer::Yes);
+    EXPECT_NE(db::TestOpenFile(path), 0);
+    ASSERT_EQ(ui.shown.size(), 2) << ui.shown.join(" | ").toStdString();
+    EXPECT_FALSE(ui.shown.at(1).contains(msg(166)));
+    EXPECT_TRUE(ui.shown.at(1).endsWith(msg(46))) << ui.shown.at(1).toStdString();
+    EXPECT_TRUE(ui.shown.at(1).contains("rows could be read and were kept"));
+    EXPECT_EQ(readFile(path + ".damaged"), bytes);
+}
+
 } // namespace
