@@ -43,14 +43,6 @@ const QString kAddUsage =
                    "[FileAs=...] [Private=True] [category=ID]");
 const QString kEditUsage = QStringLiteral("kmd edit STORE ID [LastName=... Com1=... FileAs=... ...]  (an address)");
 
-QString escaped(QString v) {
-    v.replace('\\', QStringLiteral("\\\\"));
-    v.replace(QStringLiteral("\r\n"), QStringLiteral("\\n"));
-    v.replace('\n', QStringLiteral("\\n"));
-    v.replace('\t', QStringLiteral("\\t"));
-    return v;
-}
-
 // Applies assignments to the address window's working record.
 bool apply(km::frmAddress &w, const QList<QPair<QString, QString>> &pairs, bool isNew, QString *why) {
     std::optional<QString> fileAs;
@@ -106,7 +98,7 @@ int list(Context &ctx) {
         category = v->toInt(&ok);
         if (!ok) return ctx.fail(QStringLiteral("--category takes a number."), ExitUsage);
     }
-    if (int e = Login(ctx, ctx.positional.at(0))) return e;
+    if (int e = Login(ctx, ctx.positional.at(0), Access::ReadOnly)) return e;
     SessionGuards::state().ShowPrivate = ctx.flag("show-private");
     km::BasicShell shell;
     km::frmAddress w(shell.context());
@@ -123,9 +115,9 @@ int show(Context &ctx, qint64 id) {
     const A::Loaded l = A::LoadAddress(db::Store(), id);
     QTextStream &out = *ctx.out;
     for (const A::FieldDef &f : A::FieldTable())
-        out << f.index << '\t' << f.name << '\t' << escaped(l.record.value(f.index)) << '\n';
+        out << f.index << '\t' << f.name << '\t' << Printable(l.record.value(f.index)) << '\n';
     auto rows = db::Store().OpenRowSet(QStringLiteral("SELECT fT1 FROM tt WHERE fPK=%1").arg(id), km::Snapshot);
-    out << "FileAs\t" << escaped(CRY::DecryptField(rows->GetColumn(QStringLiteral("fT1")).toByteArray())) << '\n';
+    out << "FileAs\t" << Printable(CRY::DecryptField(rows->GetColumn(QStringLiteral("fT1")).toByteArray())) << '\n';
     CATEGORIES::LoadCategories(A::Section);
     const auto &s = CATEGORIES::state();
     const qsizetype at = s.CategoryIds.indexOf(l.category);
@@ -179,7 +171,7 @@ private:
 };
 
 int exportAddresses(Context &ctx) {
-    if (int e = Login(ctx, ctx.positional.at(0))) return e;
+    if (int e = Login(ctx, ctx.positional.at(0), Access::ReadOnly)) return e;
     QFile file(ctx.positional.at(1));
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         return ctx.fail(QStringLiteral("Cannot write %1").arg(ctx.positional.at(1)));
@@ -207,12 +199,12 @@ int find(Context &ctx) {
     } else {
         request.boxes.fill(true);
     }
-    if (int e = Login(ctx, ctx.positional.at(0))) return e;
+    if (int e = Login(ctx, ctx.positional.at(0), Access::ReadOnly)) return e;
     request.showPrivate = ctx.flag("show-private");
     address::RegisterSections();
     records::RegisterSections();
     for (const km::FindHit &hit : km::SearchSections(db::Store(), request))
-        *ctx.out << hit.name << '\t' << hit.id << '\t' << escaped(hit.item) << '\t' << escaped(hit.spec) << '\n';
+        *ctx.out << hit.name << '\t' << hit.id << '\t' << Printable(hit.item) << '\t' << Printable(hit.spec) << '\n';
     return ExitOk;
 }
 

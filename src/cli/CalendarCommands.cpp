@@ -162,6 +162,17 @@ int moveOccurrence(cli::Context &ctx) {
     return cli::ExitOk;
 }
 
+// Where the subject starts in a layout line: after its seventh tab.
+qsizetype subjectColumn(const QString &line) {
+    qsizetype at = 0;
+    for (int tabs = 0; tabs < 7; ++tabs) {
+        const qsizetype tab = line.indexOf(QLatin1Char('\t'), at);
+        if (tab < 0) return 0;
+        at = tab + 1;
+    }
+    return at;
+}
+
 int layout(cli::Context &ctx) {
     const QDate date = QDate::fromString(ctx.positional.at(1), QStringLiteral("yyyy-MM-dd"));
     const QString viewName = ctx.value(QStringLiteral("view")).value_or(QString());
@@ -169,13 +180,16 @@ int layout(cli::Context &ctx) {
     const int mode = static_cast<int>(views.indexOf(viewName));
     if (!date.isValid() || mode < 0)
         return ctx.fail(QStringLiteral("DATE is yyyy-MM-dd; --view is day, workweek or week"), cli::ExitUsage);
-    const int rc = cli::Login(ctx, ctx.positional.at(0));
+    const int rc = cli::Login(ctx, ctx.positional.at(0), cli::Access::ReadOnly);
     if (rc != 0) return rc;
     try {
         km::BasicShell shell;
         for (const QString &line :
-             CALENDAR::LayoutLines(shell.context(), date, mode, ctx.flag(QStringLiteral("show-private"))))
-            *ctx.out << line << '\n';
+             CALENDAR::LayoutLines(shell.context(), date, mode, ctx.flag(QStringLiteral("show-private")))) {
+            // The subject is the last column and the only one the person typed.
+            const qsizetype cut = subjectColumn(line);
+            *ctx.out << line.left(cut) << cli::Printable(line.mid(cut)) << '\n';
+        }
         ctx.out->flush();
     } catch (const km::EngineError &e) {
         return ctx.fail(QStringLiteral("%1 (%2)").arg(e.description()).arg(e.number()));

@@ -35,7 +35,7 @@ int diary(Context &ctx) {
         // One line end closes what a shell's echo or a file gives; it is not the diary's.
         if (text->endsWith('\n')) text->chop(1);
     }
-    if (int e = Login(ctx, ctx.positional.at(0))) return e;
+    if (int e = Login(ctx, ctx.positional.at(0), text ? Access::Write : Access::ReadOnly)) return e;
     // The diary is private as a whole; a command that names its store and passphrase may read it.
     SessionGuards::state().ShowPrivate = true;
     if (!text) {

@@ -153,7 +153,7 @@ int ListTasks(Context &ctx) {
         category = v->toInt(&ok);
         if (!ok) return ctx.fail(QStringLiteral("--category takes a number."), ExitUsage);
     }
-    if (int e = Login(ctx, ctx.positional.at(0))) return e;
+    if (int e = Login(ctx, ctx.positional.at(0), Access::ReadOnly)) return e;
     SessionGuards::state().ShowPrivate = ctx.flag("show-private");
     km::BasicShell shell;
     km::frmTodo w(shell.context());
@@ -166,7 +166,7 @@ int ListTasks(Context &ctx) {
     static const QStringList levels = {"high", "normal", "low"};
     QTextStream &out = *ctx.out;
     for (const km::TodoItem &item : w.TodoList)
-        out << item.tag << '\t' << item.cells[km::TODO::ColTask] << '\t' << isoDate(item.due) << '\t'
+        out << item.tag << '\t' << Printable(item.cells[km::TODO::ColTask]) << '\t' << isoDate(item.due) << '\t'
             << levels.value(item.priority) << '\t' << isoDate(item.completed) << '\n';
     return ExitOk;
 }
