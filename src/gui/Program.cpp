@@ -6,6 +6,8 @@
 #include <QFile>
 #include <QFileSystemWatcher>
 
+#include "backup/Backup.h"
+#include "gui/backup/BackupViews.h"
 #include "gui/records/RecordsViews.h"
 #include "gui/shell/frmMDI.h"
 #include "platform/Environment.h"
@@ -29,6 +31,8 @@ Program::Program() {
     setDesktop(&desktop);
     records::RegisterSections();
     RegisterRecordsViews(dialogs);
+    RegisterBackupViews(dialogs);
+    RegisterBackup(model);
     model.raiseOtherInstance = [] {
         QFile request(RaiseRequestPath());
         if (request.open(QIODevice::WriteOnly | QIODevice::Append)) request.write("raise\n");

@@ -17,6 +17,9 @@
 #include "gui/store/frmPW.h"
 #include "records/frmClassified.h"
 #include "records/frmNotepad.h"
+#include "backup/frmBackup.h"
+#include "backup/frmRestore.h"
+#include "gui/backup/BackupViews.h"
 #include "shell/frmMDI.h"
 #include "store/CATEGORIES.h"
 #include "store/Users.h"
@@ -87,6 +90,12 @@ public:
         } else if (auto *cats = qobject_cast<frmEditCategories *>(d)) {
             save(cats, QStringLiteral("categories"));
             cats->cmdEsc->click();
+        } else if (auto *backup = qobject_cast<frmBackup *>(d)) {
+            save(backup, backup->cmdCancel->isEnabled() ? QStringLiteral("backup") : QStringLiteral("backup-restore-mode"));
+            backup->cmdBackup->click();
+        } else if (auto *restore = qobject_cast<frmRestore *>(d)) {
+            save(restore, QStringLiteral("restore"));
+            restore->cmdCancel->click();
         } else if (auto *dialog = qobject_cast<QDialog *>(d)) {
             save(dialog, dialog->objectName().isEmpty() ? QStringLiteral("dialog") : dialog->objectName());
             dialog->reject();
@@ -152,6 +161,18 @@ void TourRecords(frmMDI &window, km::frmMDI &model) {
         text.txt = data->txtNotes;
         ui().showModal(text);
     }
+    // A backup through the Tools menu (the store comes back without the
+    // passphrase), then the restore window over the folder it went to and
+    // the folder dialog in its Restore mode.
+    model.menuClick(QStringLiteral("mnuToolsBackup"));
+    window.sync();
+    p.save(&window, QStringLiteral("main-after-backup"));
+    km::frmBackup restoreMode(QDir::homePath());
+    restoreMode.Form_Load();
+    ui().showModal(restoreMode);
+    km::frmRestore restore;
+    restore.Form_Load();
+    ui().showModal(restore);
     QTimer::singleShot(300, &window, [&model] { model.ExitProgram(); });
 }
 
