@@ -11,6 +11,7 @@
 #include "platform/Environment.h"
 #include "platform/Registry.h"
 #include "platform/SecureBytes.h"
+#include "store/db.h"
 #include "ui/Dialogs.h"
 #include "ui/LanguageUS.h"
 
@@ -48,8 +49,8 @@ void frmRestore::Form_Load() {
         }
         RegWrite(QString::fromLatin1(BackupPathValue), folder);
     }
-    // With no store ever used here, the person says where a restored one goes.
-    if (recent.isEmpty()) {
+    // With no store known here at all, the person says where a restored one goes.
+    if (recent.isEmpty() && db::state().DatabasePath.isEmpty()) {
         const auto chosen = ui().pickFolder(LanguageUS::MessageText(147), SpecialFolder(FolderDocuments));
         if (chosen) m_restoreFolder = *chosen;
     }
