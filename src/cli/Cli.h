@@ -166,6 +166,9 @@ namespace cli {
 // and says why when the row's derived columns disagree with its record.
 using SectionCheck = std::function<bool(km::RowSet &row, const QByteArray &clear, QString *why)>;
 void RegisterSectionCheck(int section, SectionCheck check);
+// The checks of kmd check on the session's store, keys loaded: a "fail" line
+// for each row that fails, then the counts; ExitOk when none failed.
+int CheckRows(Context &ctx);
 std::optional<SectionCheck> SectionCheckFor(int section);
 
 } // namespace cli

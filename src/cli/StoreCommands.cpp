@@ -85,8 +85,9 @@ bool checkRow(km::RowSet &row, int section, int sub, QString *why) {
     return true;
 }
 
-int check(Context &ctx) {
-    if (int e = Login(ctx, ctx.positional.at(0), Access::ReadOnly)) return e;
+} // namespace
+
+int CheckRows(Context &ctx) {
     QTextStream &out = *ctx.out;
     auto rows = db::Store().OpenRowSet(QStringLiteral("SELECT * FROM tt ORDER BY fPK"), km::Snapshot);
     qint64 total = 0, failed = 0;
@@ -110,6 +111,13 @@ int check(Context &ctx) {
     out << "rows\t" << total << "\n";
     out << "failed\t" << failed << "\n";
     return failed == 0 ? ExitOk : ExitFailure;
+}
+
+namespace {
+
+int check(Context &ctx) {
+    if (int e = Login(ctx, ctx.positional.at(0), Access::ReadOnly)) return e;
+    return CheckRows(ctx);
 }
 
 int passwd(Context &ctx) {

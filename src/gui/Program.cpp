@@ -13,6 +13,8 @@
 #include "gui/address/AddressViews.h"
 #include "calendar/frmDiary.h"
 #include "gui/calendar/frmDiary.h"
+#include "backup/Backup.h"
+#include "gui/backup/BackupViews.h"
 #include "gui/records/RecordsViews.h"
 #include "gui/shell/frmMDI.h"
 #include "platform/Environment.h"
@@ -48,6 +50,8 @@ Program::Program() {
     };
     km::RegisterDiarySection();
     RegisterDiaryView();
+    RegisterBackupViews(dialogs);
+    RegisterBackup(model);
     model.raiseOtherInstance = [] {
         QFile request(RaiseRequestPath());
         if (request.open(QIODevice::WriteOnly | QIODevice::Append)) request.write("raise\n");

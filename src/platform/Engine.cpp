@@ -1396,6 +1396,29 @@ std::unique_ptr<StoreDb> StoreDb::OpenDatabase(const QString &path, bool exclusi
     return std::unique_ptr<StoreDb>(new StoreDb(std::move(impl)));
 }
 
+std::unique_ptr<StoreDb> StoreDb::OpenImage(const QByteArray &image) {
+    if (image.size() < 100 || !image.startsWith(QByteArray("SQLite format 3\0", 16)))
+        fail(EngineErr::NotAStore,
+             QStringLiteral("Unrecognized database format: the file is not a database of this program."));
+    Connection con;
+    openConnection(con, QStringLiteral(":memory:"), SQLITE_OPEN_READWRITE);
+    const auto size = static_cast<sqlite3_int64>(image.size());
+    auto *buffer = static_cast<unsigned char *>(sqlite3_malloc64(static_cast<sqlite3_uint64>(size)));
+    if (!buffer) fail(EngineErr::Generic, QStringLiteral("Out of memory."));
+    std::memcpy(buffer, image.constData(), static_cast<size_t>(size));
+    // A store that was open with a log says so in its header; in memory there
+    // is no log, and the pages read the same with the header's legacy mode.
+    buffer[18] = buffer[19] = 1;
+    const int rc = sqlite3_deserialize(con.db, "main", buffer, size, size,
+                                       SQLITE_DESERIALIZE_FREEONCLOSE | SQLITE_DESERIALIZE_READONLY);
+    if (rc != SQLITE_OK) raise(con.db, rc);
+    verifyStore(con.db);
+    quickCheck(con.db);
+    auto impl = std::make_unique<Impl>();
+    impl->db = con.release();
+    return std::unique_ptr<StoreDb>(new StoreDb(std::move(impl)));
+}
+
 std::unique_ptr<RowSet> StoreDb::OpenRowSet(const QString &nameOrSql, int kind) {
     d->requireOpen();
     if (kind < 1 || kind > Snapshot) fail(EngineErr::Generic, QStringLiteral("Unknown kind of row set."));

@@ -140,6 +140,10 @@ public:
     static std::unique_ptr<StoreDb> OpenDatabase(const QString &path, bool exclusive = true,
                                                  bool readOnly = false);
 
+    // Opens, read-only, a store held in memory (a backup's expanded image),
+    // with the same tests as OpenDatabase; nothing is written to any file.
+    static std::unique_ptr<StoreDb> OpenImage(const QByteArray &image);
+
     std::unique_ptr<RowSet> OpenRowSet(const QString &nameOrSql, int kind = Dynaset);
 
     // DELETE / INSERT / UPDATE statements; returns the number of rows affected.

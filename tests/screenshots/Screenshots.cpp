@@ -37,6 +37,9 @@
 #include "records/frmTodo.h"
 #include "calendar/CALENDAR.h"
 #include "calendar/frmDiary.h"
+#include "backup/frmBackup.h"
+#include "backup/frmRestore.h"
+#include "gui/backup/BackupViews.h"
 #include "shell/frmMDI.h"
 #include "store/CATEGORIES.h"
 #include "store/Users.h"
@@ -122,6 +125,12 @@ public:
                 save(editor, QStringLiteral("address-editor-%1").arg(QLatin1String(pages[page])));
             }
             static_cast<QDialog *>(editor)->reject();
+        } else if (auto *backup = qobject_cast<frmBackup *>(d)) {
+            save(backup, backup->cmdCancel->isEnabled() ? QStringLiteral("backup") : QStringLiteral("backup-restore-mode"));
+            backup->cmdBackup->click();
+        } else if (auto *restore = qobject_cast<frmRestore *>(d)) {
+            save(restore, QStringLiteral("restore"));
+            restore->cmdCancel->click();
         } else if (auto *dialog = qobject_cast<QDialog *>(d)) {
             save(dialog, dialog->objectName().isEmpty() ? QStringLiteral("dialog") : dialog->objectName());
             dialog->reject();
@@ -433,6 +442,18 @@ void TourRecords(frmMDI &window, km::frmMDI &model) {
     find.txtFind_Change(QStringLiteral("example"));
     find.cmdFind_Click();
     ui().showModal(find);
+    // A backup through the Tools menu (the store comes back without the
+    // passphrase), then the restore window over the folder it went to and
+    // the folder dialog in its Restore mode.
+    model.menuClick(QStringLiteral("mnuToolsBackup"));
+    window.sync();
+    p.save(&window, QStringLiteral("main-after-backup"));
+    km::frmBackup restoreMode(QDir::homePath());
+    restoreMode.Form_Load();
+    ui().showModal(restoreMode);
+    km::frmRestore restore;
+    restore.Form_Load();
+    ui().showModal(restore);
     TourAppointmentEditor();
     TourCalendar(window, model);
 }

@@ -36,6 +36,13 @@ public:
     }
     std::optional<QString> openFile(const FileDialogSpec &spec) override { return nextFile(spec); }
     std::optional<QString> saveFile(const FileDialogSpec &spec) override { return nextFile(spec); }
+    std::optional<QString> pickFolder(const QString &title, const QString &start) override {
+        foldersAsked.append(title);
+        if (folders.empty()) return std::nullopt;
+        auto f = folders.front();
+        folders.pop_front();
+        return f;
+    }
     bool showModal(WindowModel &window) override {
         ++modalsShown;
         if (modal.empty()) return false;
@@ -51,6 +58,7 @@ public:
     void answer(Answer a) { answers.push_back(a); }
     void answerInput(std::optional<QString> text) { inputs.push_back(std::move(text)); }
     void answerFile(std::optional<QString> path) { files.push_back(std::move(path)); }
+    void answerFolder(std::optional<QString> path) { folders.push_back(std::move(path)); }
     // The next modal window: the handler plays the person's part on the model
     // (it must be of type T) and returns what showModal returns.
     template <class T> void onModal(std::function<bool(T &)> handler) {
@@ -62,10 +70,10 @@ public:
     }
     const QStringList &messagesShown() const { return shown; }
 
-    QStringList shown, inputsAsked, statusTexts;
+    QStringList shown, inputsAsked, statusTexts, foldersAsked;
     QList<FileDialogSpec> fileDialogs;
     std::deque<Answer> answers;
-    std::deque<std::optional<QString>> inputs, files;
+    std::deque<std::optional<QString>> inputs, files, folders;
     std::deque<std::function<bool(WindowModel &)>> modal;
     int modalsShown = 0;
     int standBys = 0;
