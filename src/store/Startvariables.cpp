@@ -160,7 +160,8 @@ void LoadUserFieldNames(int section) {
         s.UserFieldNames[i] = QStringLiteral("User%1").arg(i + 1);
     const auto payload = readPayload(fieldNamesCriteria(section));
     if (!payload) {
-        writeUserFieldNames(section, s);
+        // A store opened only to be read keeps the default names in memory.
+        if (!db::state().ReadOnly) writeUserFieldNames(section, s);
         return;
     }
     QStringList names(UserFieldCount);
