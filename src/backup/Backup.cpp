@@ -10,7 +10,7 @@
 #include "platform/Registry.h"
 #include "platform/SecureBytes.h"
 #include "shell/frmMDI.h"
-#include "store/CRY.h"
+#include "store/KeptLogin.h"
 #include "store/Users.h"
 #include "store/db.h"
 #include "store/frmMenuDB.h"
@@ -35,25 +35,10 @@ void showMenuDB() {
 } // namespace
 
 bool DbBackup(frmMDI &mdi) {
-    // CloseStore wipes the key table: a copy brings the store back without
-    // the passphrase.
-    const bool hadKeys = CRY::KeyTableLoaded();
-    SecureBytes keys;
-    Users::UserRecord user;
-    if (hadKeys) {
-        keys = CRY::state().KeyTable;
-        user = Users::state().User;
-    }
+    // CloseStore wipes the key table: the kept login brings the store back
+    // without the passphrase.
+    db::KeptLogin login;
     const bool wasShowing = mdi.privateShown();
-    struct WipeCopies {
-        SecureBytes &keys;
-        Users::UserRecord &user;
-        ~WipeCopies() {
-            wipe(keys);
-            wipe(user.PassHash);
-            wipe(user.SealedMaster);
-        }
-    } wipeCopies{keys, user};
 
     mdi.GoToSection(8);
     mdi.OutlookBarEnabled(false);
@@ -114,12 +99,9 @@ bool DbBackup(frmMDI &mdi) {
         ShowMessage(137, Buttons::OK, Answer::OK, Icon::Exclamation);
     }
 
-    if (hadKeys) {
+    if (login.held()) {
         try {
-            CRY::LoadKeyTable(keys);
-            Users::state().User = user;
-            db::state().DatabasePath = path;
-            db::FinishOpen();
+            login.reopen(path);
             mdi.setPrivateShown(wasShowing);
         } catch (const EngineError &e) {
             ui().message(e.description(), Buttons::OK, Answer::OK, Icon::Exclamation);

@@ -16,6 +16,15 @@ std::optional<QString> Context::value(const QString &name) const {
     return parser->value(name);
 }
 
+std::optional<int> Context::intValue(const QString &name, bool *bad) const {
+    const auto v = value(name);
+    if (!v) return std::nullopt;
+    bool ok = false;
+    const int n = v->toInt(&ok);
+    if (!ok) *bad = true;
+    return n;
+}
+
 int Context::fail(const QString &message, int status) const {
     if (err) {
         *err << message << Qt::endl;

@@ -34,6 +34,8 @@ struct Context {
 
     bool flag(const QString &name) const;                    // --name given
     std::optional<QString> value(const QString &name) const; // --name VALUE or --name=VALUE
+    // --name N as a number; none when absent. Sets *bad when it is no number.
+    std::optional<int> intValue(const QString &name, bool *bad) const;
     // Writes the message to stderr and returns the status.
     int fail(const QString &message, int status = ExitFailure) const;
     // "usage: " and the command's synopsis on stderr; returns ExitUsage.

@@ -47,15 +47,6 @@ bool isTrue(const QString &v) {
            v == QLatin1String("-1");
 }
 
-std::optional<int> intOption(Context &ctx, const QString &name, bool *bad) {
-    const auto v = ctx.value(name);
-    if (!v) return std::nullopt;
-    bool ok = false;
-    const int n = v->toInt(&ok);
-    if (!ok) *bad = true;
-    return n;
-}
-
 int list(Context &ctx) {
     const int section = ctx.positional.at(1).toInt();
     if (section == TasksSection) return ListTasks(ctx);
@@ -65,8 +56,8 @@ int list(Context &ctx) {
                                        "16 (confidential data)."),
                         ExitUsage);
     bool bad = false;
-    const auto category = intOption(ctx, "category", &bad);
-    const auto kind = intOption(ctx, "kind", &bad);
+    const auto category = ctx.intValue("category", &bad);
+    const auto kind = ctx.intValue("kind", &bad);
     if (bad) return ctx.fail(QStringLiteral("--category and --kind take numbers."), ExitUsage);
     if (int e = Login(ctx, ctx.positional.at(0), Access::ReadOnly)) return e;
     SessionGuards::state().ShowPrivate = ctx.flag("show-private");

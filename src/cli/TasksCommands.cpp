@@ -147,12 +147,9 @@ struct Halves {
 } // namespace
 
 int ListTasks(Context &ctx) {
-    std::optional<int> category;
-    if (const auto v = ctx.value("category")) {
-        bool ok = false;
-        category = v->toInt(&ok);
-        if (!ok) return ctx.fail(QStringLiteral("--category takes a number."), ExitUsage);
-    }
+    bool bad = false;
+    const std::optional<int> category = ctx.intValue("category", &bad);
+    if (bad) return ctx.fail(QStringLiteral("--category takes a number."), ExitUsage);
     if (int e = Login(ctx, ctx.positional.at(0), Access::ReadOnly)) return e;
     SessionGuards::state().ShowPrivate = ctx.flag("show-private");
     km::BasicShell shell;

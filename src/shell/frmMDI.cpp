@@ -22,7 +22,7 @@
 #include "shell/frmOptions.h"
 #include "shell/frmSplash.h"
 #include "shell/frmTip.h"
-#include "store/CRY.h"
+#include "store/KeptLogin.h"
 #include "store/Passphrase.h"
 #include "store/Startvariables.h"
 #include "store/Users.h"
@@ -603,13 +603,7 @@ int frmMDI::ProbeDatabase(QString &path) {
 bool frmMDI::mnuDbRepair(const QString &pathIn) {
     const QString path = pathIn;
     bool result = false;
-    const bool hadKeys = CRY::KeyTableLoaded();
-    SecureBytes keys;
-    Users::UserRecord user;
-    if (hadKeys) {
-        keys = CRY::state().KeyTable;
-        user = Users::state().User;
-    }
+    db::KeptLogin login;
     const bool wasShowing = showPrivate();
 
     GoToSection(8);
@@ -631,12 +625,9 @@ bool frmMDI::mnuDbRepair(const QString &pathIn) {
             outcome = e.description();
         }
         ui().message(outcome, Buttons::OK, Answer::OK, result ? Icon::Information : Icon::Critical);
-        if (hadKeys && result) {
+        if (login.held() && result) {
             guarded([&] {
-                CRY::LoadKeyTable(keys);
-                Users::state().User = user;
-                db::state().DatabasePath = path;
-                db::FinishOpen();
+                login.reopen(path);
                 SessionGuards::state().ShowPrivate = wasShowing;
                 mnuViewShowPrivate_Switch();
             });
@@ -647,9 +638,6 @@ bool frmMDI::mnuDbRepair(const QString &pathIn) {
             showFrmMenuDB();
         }
     }
-    wipe(keys);
-    wipe(user.PassHash);
-    wipe(user.SealedMaster);
     enabled = true;
     changed();
     return result;
