@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QCalendarWidget>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QScrollBar>
 
@@ -74,6 +75,27 @@ TEST_F(CalendarViewTest, DraggingABoxWithThePointerMovesTheAppointment) {
     QTest::mouseClick(view->HourFrame, Qt::LeftButton, {}, at);
     EXPECT_EQ(model->selectedBox, 0);
     EXPECT_EQ(row().ctlAppoStart, MomentOf(QDate(2024, 5, 6), 10 * 60));
+}
+
+TEST_F(CalendarViewTest, ASubjectTypedIntoTheBoxIsWrittenOnEnterAndDroppedOnEsc) {
+    model->selectedBox = 0;
+    QTest::keyClick(view.get(), Qt::Key_F2);
+    ASSERT_NE(view->txtBoxEdit, nullptr);
+    EXPECT_EQ(view->txtBoxEdit->text(), QStringLiteral("Meeting"));
+    view->txtBoxEdit->setText(QStringLiteral("Lunch with Ann"));
+    QTest::keyClick(view->txtBoxEdit, Qt::Key_Return);
+    EXPECT_EQ(view->txtBoxEdit, nullptr);
+    EXPECT_EQ(row().ctlSubject, QStringLiteral("Lunch with Ann"));
+    EXPECT_EQ(row().ctlAppoStart, MomentOf(QDate(2024, 5, 6), 9 * 60));
+
+    model->selectedBox = 0;
+    QTest::keyClick(view.get(), Qt::Key_F2);
+    ASSERT_NE(view->txtBoxEdit, nullptr);
+    view->txtBoxEdit->setText(QStringLiteral("Never written"));
+    QTest::keyClick(view->txtBoxEdit, Qt::Key_Escape);
+    QApplication::processEvents();
+    EXPECT_EQ(view->txtBoxEdit, nullptr);
+    EXPECT_EQ(row().ctlSubject, QStringLiteral("Lunch with Ann"));
 }
 
 TEST_F(CalendarViewTest, StretchingTheLowerEdgeLengthensByWholeSlots) {

@@ -11,6 +11,7 @@
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
@@ -24,7 +25,9 @@
 #include <QVBoxLayout>
 #include <QWheelEvent>
 
+#include "gui/Controls.h"
 #include "gui/records/RecordsViews.h"
+#include "gui/shell/ShieldFilter.h"
 #include "gui/shell/frmMDI.h"
 #include "platform/Clock.h"
 
@@ -232,6 +235,14 @@ void frmCalendar::keyPressEvent(QKeyEvent *event) {
         command([this, box] { m_model.DeleteBox(box); });
         return;
     }
+    if (event->key() == Qt::Key_Escape && txtBoxEdit) {
+        setFocus(); // the line loses the focus: what was typed is dropped
+        return;
+    }
+    if (event->key() == Qt::Key_F2 && box >= 0) {
+        editSubject(box);
+        return;
+    }
     if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && box >= 0) {
         command([this, box] { m_model.OpenBox(box); });
         return;
@@ -242,6 +253,50 @@ void frmCalendar::keyPressEvent(QKeyEvent *event) {
         return;
     }
     SectionView::keyPressEvent(event);
+}
+
+void frmCalendar::editSubject(int box) {
+    if (box < 0 || box >= static_cast<int>(m_model.boxes.size()) || txtBoxEdit) return;
+    const CALENDAR::CalendarBox &b = m_model.boxes[static_cast<size_t>(box)];
+    CalendarFrame *frame = b.allDay ? DayFrame : HourFrame;
+    auto *edit = new QLineEdit(frame);
+    txtBoxEdit = edit;
+    showsRecordValue(edit);
+    InstallPaneShield(edit);
+    edit->setText(b.subject);
+    edit->selectAll();
+    edit->setGeometry(frame->toPixels(b.box).toRect().adjusted(1, 1, -1, 0));
+    edit->setMinimumHeight(edit->sizeHint().height());
+    const qint64 id = b.id;
+    const qint32 start = b.start;
+    // Ends the typing once: Enter writes (when the box still stands where it
+    // was), anything else drops what was typed.
+    const auto finish = [this, edit, id, start](bool write) {
+        if (txtBoxEdit != edit) return;
+        txtBoxEdit = nullptr;
+        QString text = edit->text();
+        edit->clear();
+        edit->hide();
+        edit->deleteLater();
+        if (write) {
+            const auto &boxes = m_model.boxes;
+            const auto it = std::find_if(boxes.begin(), boxes.end(), [&](const CALENDAR::CalendarBox &x) {
+                return x.id == id && x.start == start;
+            });
+            if (it != boxes.end() && it->subject != text) {
+                const int index = static_cast<int>(it - boxes.begin());
+                command([&] { m_model.SaveBoxChange(index, CALENDAR::frmCalendar::ModeSubject, it->start, it->end, text); });
+            }
+        }
+        km::wipe(text);
+        setFocus();
+    };
+    connect(edit, &QLineEdit::returnPressed, this, [finish] { finish(true); });
+    connect(qApp, &QApplication::focusChanged, edit, [finish, edit](QWidget *old, QWidget *) {
+        if (old == edit) finish(false);
+    });
+    edit->show();
+    edit->setFocus();
 }
 
 void frmCalendar::sync() {

@@ -11,6 +11,7 @@
 
 class QCalendarWidget;
 class QLabel;
+class QLineEdit;
 class QPushButton;
 class QScrollBar;
 class QTimer;
@@ -47,6 +48,10 @@ public:
 
     // Runs a model command, then redraws.
     void command(const std::function<void()> &fn);
+    // Typing a new subject straight into a box (F2 on the selected box): a
+    // shielded line over the box; Enter writes it, Esc or leaving it drops it.
+    void editSubject(int box);
+    QLineEdit *txtBoxEdit = nullptr; // while a subject is typed into a box
     // Shows the main window's context menu of that name at a global point.
     void showContextMenu(const QString &name, const QPoint &global);
 
