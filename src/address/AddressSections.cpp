@@ -13,7 +13,7 @@ void RegisterSections() {
     });
     km::RegisterFindSection(
         km::frmAddress::Section,
-        {[](km::RowSet &row, const km::SecureBytes &, km::FindHit &hit) {
+        {[](km::RowSet &row, const km::SecureBytes &, const km::FindDates &, km::FindHit &hit) {
              hit.item = CRY::DecryptField(row.GetColumn(QStringLiteral("fT1")).toByteArray());
              hit.spec = CRY::DecryptField(row.GetColumn(QStringLiteral("fT2")).toByteArray());
          },
