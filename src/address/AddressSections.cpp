@@ -19,7 +19,8 @@ void RegisterSections() {
          },
          [](km::SectionWindow &window, const km::FindHit &hit) {
              if (auto *w = dynamic_cast<km::frmAddress *>(&window)) w->GoToRecord(hit.id);
-         }});
+         },
+         QStringLiteral("fT1, fT2")});
 }
 
 } // namespace address

@@ -59,7 +59,8 @@ void RegisterSections() {
                                  }
                                  if (w->indexOfTag(hit.id) < 0) w->ShowCompleted_Click(true);
                                  w->TodoList_Click(w->indexOfTag(hit.id));
-                             }});
+                             },
+                             QStringLiteral("fR1, fR2, fR3, fF1, fF2, fF3, fG1")});
     km::frmMDI::RegisterSection(km::frmTodo::Section, [](const km::SectionContext &context) {
         return std::make_unique<km::frmTodo>(context);
     });

@@ -66,6 +66,9 @@ struct FindSection {
     // Go To: the section's window is up; select the record (and what else the
     // window allows, as a date). Unset: the section only opens.
     std::function<void(SectionWindow &window, const FindHit &hit)> goTo;
+    // The columns describe reads besides fPK and fEtx, as a select list
+    // ("fT1, fT2"); the search reads no others.
+    QString columns = QString();
 };
 void RegisterFindSection(int section, FindSection find);
 void UnregisterFindSections(); // tests
