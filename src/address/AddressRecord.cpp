@@ -223,8 +223,10 @@ void WriteTabDelimited(StoreDb &store, ExportSink &out) {
     for (int i = 1; i < FieldCount; ++i)
         line += FieldTable()[static_cast<size_t>(i)].name.toLatin1() + '\t';
     out.write(line + '\n');
+    // Only the payload is read: the engine sorts 10,000 rows faster when it
+    // carries one column rather than all of them.
     auto rows = store.OpenRowSet(
-        QStringLiteral("SELECT * FROM tt WHERE fSec=%1 ORDER BY  fR2 , fR1 WITH OWNERACCESS OPTION;").arg(Section),
+        QStringLiteral("SELECT fEtx FROM tt WHERE fSec=%1 ORDER BY  fR2 , fR1 WITH OWNERACCESS OPTION;").arg(Section),
         Snapshot);
     Record values = EmptyRecord();
     for (; !rows->Eof(); rows->MoveNext()) {

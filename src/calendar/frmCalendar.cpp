@@ -1,4 +1,7 @@
 #include "calendar/frmCalendar.h"
+
+#include "calendar/CalendarFind.h"
+#include "calendar/frmDiary.h"
 #include "calendar/frmEditCalendar.h"
 
 #include <algorithm>
@@ -825,6 +828,8 @@ void RegisterSections() {
     km::frmMDI::RegisterSection(Section, [](const km::SectionContext &context) {
         return std::make_unique<frmCalendar>(context);
     });
+    km::RegisterDiarySection();
+    RegisterFindSections();
 }
 
 QStringList LayoutLines(const km::SectionContext &context, const QDate &date, int mode, bool showPrivate) {

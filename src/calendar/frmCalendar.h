@@ -244,7 +244,8 @@ private:
     std::array<int, 7> m_allDayCount{};
 };
 
-// Registers the calendar section with the main window.
+// Registers the calendar and the diary with the main window, and what Find
+// shows of their rows.
 void RegisterSections();
 
 // "fPK<TAB>start<TAB>end<TAB>allday<TAB>boxSlot<TAB>boxColumns<TAB>marks<TAB>subject"

@@ -25,12 +25,16 @@ QString rangeQuery(const QDate &first, const QDate &last) {
 
 // The day a row holds, by the date in its record; invalid if it has none.
 QDate dateOfRow(const QStringList &values) {
-    return QDateTime::fromString(values.value(DIARY::Date), QStringLiteral("yyyy-MM-dd HH:mm:ss")).date();
+    return DIARY::DateOfField(values.value(DIARY::Date));
 }
 
 } // namespace
 
 namespace DIARY {
+
+QDate DateOfField(const QString &value) {
+    return QDateTime::fromString(value, QStringLiteral("yyyy-MM-dd HH:mm:ss")).date();
+}
 
 Day ReadDay(StoreDb &store, const QDate &date) {
     Day day;

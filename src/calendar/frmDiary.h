@@ -33,6 +33,8 @@ struct Day {
     QString text;
 };
 Day ReadDay(StoreDb &store, const QDate &date);
+// The day of a record's date field as the record gives it; invalid if empty.
+QDate DateOfField(const QString &value);
 
 } // namespace DIARY
 

@@ -20,6 +20,7 @@
 
 #include "address/AddressSections.h"
 #include "address/frmAddress.h"
+#include "calendar/frmCalendar.h"
 #include "platform/Engine.h"
 #include "records/RecordsSections.h"
 #include "shell/BasicShell.h"
@@ -199,6 +200,7 @@ int find(Context &ctx) {
     if (int e = Login(ctx, ctx.positional.at(0), Access::ReadOnly)) return e;
     request.showPrivate = ctx.flag("show-private");
     address::RegisterSections();
+    CALENDAR::RegisterSections();
     records::RegisterSections();
     for (const km::FindHit &hit : km::SearchSections(db::Store(), request))
         *ctx.out << hit.name << '\t' << hit.id << '\t' << Printable(hit.item) << '\t' << Printable(hit.spec) << '\n';

@@ -5,6 +5,8 @@
 #include "records/frmTodo.h"
 #include "shell/frmFind.h"
 #include "store/CATEGORIES.h"
+#include "store/Record_Get.h"
+#include "ui/LanguageUS.h"
 
 namespace records {
 
@@ -31,10 +33,24 @@ void RegisterSections() {
                                  w->cat_Click(CATEGORIES::CategoryOfRow(hit.id));
                                  w->listSelect_Initialize(hit.id);
                              }});
-    // A task found may stand outside the list's category or among the hidden
-    // completed ones: Go To widens the list until the task is in it.
+    // A task: Item its description, Spec "Completed", or "Due" and the due
+    // date as the list shows it. A task found may stand outside the list's
+    // category or among the hidden completed ones: Go To widens the list
+    // until the task is in it.
     km::RegisterFindSection(km::frmTodo::Section,
-                            {nullptr, [](km::SectionWindow &window, const km::FindHit &hit) {
+                            {[](km::RowSet &row, const km::SecureBytes &clear, const km::FindDates &dates,
+                                km::FindHit &hit) {
+                                 const km::TODO::Task task = km::TODO::ReadTaskColumns(row);
+                                 hit.item = Record_Get::ReadPackedField(clear, km::TODO::Description).value_or(QString());
+                                 if (task.completed) {
+                                     hit.spec = LanguageUS::MessageText(123);
+                                     return;
+                                 }
+                                 hit.spec = LanguageUS::MessageText(122);
+                                 if (const QDate due = km::TODO::DueShown(task); due.isValid())
+                                     hit.spec += QLatin1Char(' ') + dates.date(due);
+                             },
+                             [](km::SectionWindow &window, const km::FindHit &hit) {
                                  auto *w = dynamic_cast<km::frmTodo *>(&window);
                                  if (!w) return;
                                  if (w->indexOfTag(hit.id) < 0) {
@@ -43,7 +59,8 @@ void RegisterSections() {
                                  }
                                  if (w->indexOfTag(hit.id) < 0) w->ShowCompleted_Click(true);
                                  w->TodoList_Click(w->indexOfTag(hit.id));
-                             }});
+                             },
+                             QStringLiteral("fR1, fR2, fR3, fF1, fF2, fF3, fG1")});
     km::frmMDI::RegisterSection(km::frmTodo::Section, [](const km::SectionContext &context) {
         return std::make_unique<km::frmTodo>(context);
     });

@@ -43,10 +43,7 @@ int PriorityOfPoint(qint64 point) {
     return static_cast<int>(std::clamp<qint64>(point / step, 0, 2));
 }
 
-namespace {
-
-// The plain and keyed columns of a task row.
-Task readColumns(RowSet &rows) {
+Task ReadTaskColumns(RowSet &rows) {
     Task t;
     t.id = rows.GetColumn(QStringLiteral("fPK")).toLongLong();
     t.priority = PriorityOfPoint(rows.GetColumn(QStringLiteral("fR1")).toLongLong());
@@ -60,10 +57,8 @@ Task readColumns(RowSet &rows) {
     return t;
 }
 
-} // namespace
-
 Task ReadTask(RowSet &rows) {
-    Task t = readColumns(rows);
+    Task t = ReadTaskColumns(rows);
     QStringList values;
     Record_Get::UnpackRecord(values, rows.GetColumn(QStringLiteral("fEtx")).toByteArray(), true);
     t.Description = values.value(Description);
@@ -73,7 +68,7 @@ Task ReadTask(RowSet &rows) {
 }
 
 Task ReadListedTask(RowSet &rows) {
-    Task t = readColumns(rows);
+    Task t = ReadTaskColumns(rows);
     SecureBytes clear = CRY::DecryptFieldBytes(rows.GetColumn(QStringLiteral("fEtx")).toByteArray());
     t.Private = Record_Get::RowIsPrivate(clear, PrivateBit);
     t.Description = Record_Get::ReadPackedField(clear, Description).value_or(QString());

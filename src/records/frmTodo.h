@@ -69,6 +69,9 @@ struct Task {
 qint32 PriorityPoint(int priority);
 int PriorityOfPoint(qint64 point);
 
+// The plain and keyed columns of the row the row set stands on (dates,
+// flags, priority, category); the payload stays untouched.
+Task ReadTaskColumns(RowSet &rows);
 // The task of the row the row set stands on; the payload is decrypted.
 Task ReadTask(RowSet &rows);
 // The same for the list: only the Description and the private flag are

@@ -44,7 +44,7 @@ const FoldTable &fold() {
 }
 
 // Default for a section that registered nothing: the decrypted title.
-void describeByTitle(RowSet &row, const SecureBytes &, FindHit &hit) {
+void describeByTitle(RowSet &row, const SecureBytes &, const FindDates &, FindHit &hit) {
     hit.item = CRY::DecryptField(row.GetColumn(QStringLiteral("fT1")).toByteArray());
 }
 
@@ -65,6 +65,19 @@ const std::array<FindScope, FindScopeCount> &FindScopes() {
         {QStringLiteral("Budget 3"), 19, 120, 3},
     }};
     return scopes;
+}
+
+QString FindDates::date(const QDate &d) const {
+    if (!d.isValid()) return {};
+    return locale ? locale->toString(d, QLocale::ShortFormat) : d.toString(Qt::ISODate);
+}
+
+QString FindDates::dateTime(const QDateTime &moment) const {
+    const QString day = date(moment.date());
+    if (!moment.isValid() || moment.time() == QTime(0, 0)) return day;
+    return day + QLatin1Char(' ') +
+           (locale ? locale->toString(moment.time(), QLocale::ShortFormat)
+                   : moment.time().toString(QStringLiteral("HH:mm")));
 }
 
 void RegisterFindSection(int section, FindSection find) {
@@ -106,10 +119,16 @@ QList<FindHit> SearchSections(StoreDb &store, const FindRequest &request,
     int total = 0;
     for (int box = 0; box < FindScopeCount; ++box) {
         if (!request.boxes[static_cast<size_t>(box)]) continue;
-        auto rows = store.OpenRowSet(
-            QStringLiteral("SELECT * FROM tt WHERE fSec=%1 WITH OWNERACCESS OPTION;")
-                .arg(FindScopes()[static_cast<size_t>(box)].section),
-            Snapshot);
+        // Only the payload and what the section's columns need are read: the
+        // walk over every row of a section is most of a search's time.
+        const int section = FindScopes()[static_cast<size_t>(box)].section;
+        const auto reg = registry().find(section);
+        const QString columns = reg != registry().end() && reg->second.describe ? reg->second.columns
+                                                                                : QStringLiteral("fT1");
+        auto rows = store.OpenRowSet(QStringLiteral("SELECT fPK, fEtx%1 FROM tt WHERE fSec=%2 WITH OWNERACCESS OPTION;")
+                                         .arg(columns.isEmpty() ? QString() : QStringLiteral(", ") + columns)
+                                         .arg(section),
+                                     Snapshot);
         total += static_cast<int>(rows->RecordCount());
         open.push_back({box, std::move(rows)});
     }
@@ -129,7 +148,7 @@ QList<FindHit> SearchSections(StoreDb &store, const FindRequest &request,
                 hit.box = o.box;
                 hit.id = rows.GetColumn(QStringLiteral("fPK")).toLongLong();
                 hit.name = name;
-                describe(rows, clear, hit);
+                describe(rows, clear, request.dates, hit);
                 hits.append(hit);
             }
             wipe(clear);
@@ -177,7 +196,7 @@ void frmFind::cmdFind_Click() {
     cmdGotoEnabled = false;
     searching = true;
     m_cancel = false;
-    FindRequest request{txtFind, chkCaseSensitive, PinApp, m_mdi.privateShown()};
+    FindRequest request{txtFind, chkCaseSensitive, PinApp, m_mdi.privateShown(), {m_mdi.sectionContext().locale}};
     // The main window waits while the search runs; this window stays open
     // to the person for Cancel.
     m_mdi.setBusy(nullptr, true);

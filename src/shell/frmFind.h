@@ -13,8 +13,11 @@
 
 #include <array>
 #include <functional>
+#include <optional>
 
+#include <QDateTime>
 #include <QList>
+#include <QLocale>
 #include <QString>
 
 #include "platform/SecureBytes.h"
@@ -43,15 +46,29 @@ struct FindHit {
     QString name;     // the section's name
     QString item;
     QString spec;
+    // The day Go To shows, for the sections that go to a date (calendar, diary).
+    QDate date;
+};
+
+// How the columns write dates: the window in the locale's short forms, kmd
+// (no locale) as yyyy-MM-dd and HH:mm, as its other commands print them.
+struct FindDates {
+    std::optional<QLocale> locale;
+    QString date(const QDate &date) const;
+    // The date, and after a blank the time unless it is midnight.
+    QString dateTime(const QDateTime &moment) const;
 };
 
 struct FindSection {
     // Fills item and spec of a hit: the row set stands on the matching row,
     // clear is its decrypted packed record.
-    std::function<void(RowSet &row, const SecureBytes &clear, FindHit &hit)> describe;
+    std::function<void(RowSet &row, const SecureBytes &clear, const FindDates &dates, FindHit &hit)> describe;
     // Go To: the section's window is up; select the record (and what else the
     // window allows, as a date). Unset: the section only opens.
     std::function<void(SectionWindow &window, const FindHit &hit)> goTo;
+    // The columns describe reads besides fPK and fEtx, as a select list
+    // ("fT1, fT2"); the search reads no others.
+    QString columns = QString();
 };
 void RegisterFindSection(int section, FindSection find);
 void UnregisterFindSections(); // tests
@@ -61,6 +78,7 @@ struct FindRequest {
     bool caseSensitive = false;
     std::array<bool, FindScopeCount> boxes{};
     bool showPrivate = false;
+    FindDates dates;
 };
 
 // The search of the window and of kmd. progress(done, total) is told after

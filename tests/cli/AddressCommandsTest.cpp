@@ -72,3 +72,25 @@ TEST(KmdAddress, ExportAndFind) {
     EXPECT_EQ(scratch.run({"find", s, "needle", "--sections", "14"}).lines().size(), 1);
     EXPECT_EQ(scratch.run({"find", s, "needle", "--sections", "20"}).status, 64);
 }
+
+TEST(KmdAddress, FindNamesTheCalendarDiaryAndTaskColumns) {
+    const KmdScratch scratch;
+    const QString s = scratch.store;
+    const QString appointment = added(scratch, {"12", "start=2024-05-09 08:30", "end=2024-05-09 09:00",
+                                                "subject=Needle shop", "location=Mall"});
+    const QString allDay = added(scratch, {"12", "start=2024-05-10 00:00", "end=2024-05-11 00:00", "subject=needle day"});
+    ASSERT_EQ(scratch.run({"diary", s, "2024-02-29", "--set", "A needle found."}).status, 0);
+    const QString task = added(scratch, {"15", "Description=buy needles", "due=2024-06-01"});
+    const QString done = added(scratch, {"15", "Description=needle sharpened", "completed=2024-01-02"});
+
+    const QStringList lines = scratch.run({"find", s, "needle", "--sections", "12,13,15"}).lines();
+    ASSERT_EQ(lines.size(), 5);
+    EXPECT_EQ(lines.mid(0, 2), QStringList({"Calendar\t" + appointment + "\t0\t2024-05-09 08:30",
+                                            "Calendar\t" + allDay + "\t0\t2024-05-10"}))
+        << "Item is the record's first field: the number of the user who saved it, Admin's 0";
+    const QStringList diary = lines[2].split('\t');
+    EXPECT_EQ(QStringList({diary.value(0), diary.value(2), diary.value(3)}),
+              QStringList({"Diary", "2024-02-29", ""}));
+    EXPECT_EQ(lines.mid(3), QStringList({"Todo\t" + task + "\tbuy needles\tDue 2024-06-01",
+                                         "Todo\t" + done + "\tneedle sharpened\tCompleted"}));
+}
