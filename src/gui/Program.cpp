@@ -48,7 +48,6 @@ Program::Program() {
         km::frmFind find(model);
         dialogs.showModal(find);
     };
-    km::RegisterDiarySection();
     RegisterDiaryView();
     RegisterBackupViews(dialogs);
     RegisterBackup(model);
