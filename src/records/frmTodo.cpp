@@ -24,8 +24,8 @@ namespace {
 
 constexpr qint64 PriorityRange = 2147483647;
 
-bool flagOf(RowSet &rows, const char *column) {
-    return rows.GetColumn(QLatin1String(column)).toInt() != 0;
+bool flagOf(RowSet &rows, const QString &column) {
+    return rows.GetColumn(column).toInt() != 0;
 }
 
 QString message(int row) {
@@ -53,9 +53,9 @@ Task readColumns(RowSet &rows) {
     t.completedDate =
         CALENDAR::DayFromKey(rows.GetColumn(QStringLiteral("fR2")).toInt(), CALENDAR::SeriesEndKey);
     t.due = CALENDAR::DayFromKey(rows.GetColumn(QStringLiteral("fR3")).toInt(), CALENDAR::SeriesStartKey);
-    t.hasDue = flagOf(rows, "fF1");
-    t.hasNote = flagOf(rows, "fF2");
-    t.completed = flagOf(rows, "fF3");
+    t.hasDue = flagOf(rows, QStringLiteral("fF1"));
+    t.hasNote = flagOf(rows, QStringLiteral("fF2"));
+    t.completed = flagOf(rows, QStringLiteral("fF3"));
     t.category = rows.GetColumn(QStringLiteral("fG1")).toInt();
     return t;
 }
