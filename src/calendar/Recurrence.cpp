@@ -98,24 +98,39 @@ std::vector<Occurrence> CollectOccurrences(km::StoreDb &store, const QDate &firs
     const qint32 firstMoment = MomentOf(first);
     const qint32 lastMoment = MomentOf(last, MinutesPerDay - 1);
 
+    // The store indexes each column alone and keeps no statistics, so the
+    // engine would walk every appointment of the section through the fSec
+    // index and fetch each row. "+0" keeps it off that index (and, for the
+    // series, off the key indexes, which hold single rows too): the series
+    // are found through fSub, the single rows of the days through fR3.
+
     // Series that do not start after the range and do not end before it,
     // told apart by their keys alone; the bucket bounds take in the bordering
-    // days, which the expansion then drops.
+    // days, which the expansion then drops. They come in fSub order and are
+    // expanded in fPK order.
     {
         const qint32 h = DateKey(last, SeriesStartKey).high;
         const qint32 l = DateKey(first, SeriesEndKey).low;
         auto rows =
-            store.OpenRowSet(QStringLiteral("SELECT fPK, fT1, fT3 FROM tt WHERE (fSec=12) AND (fSub >= 148) AND ((fR4 < "
-                                            "%1 AND fR2 > %2)) WITH OWNERACCESS OPTION;")
+            store.OpenRowSet(QStringLiteral("SELECT fPK, fT1, fT3 FROM tt WHERE (fSec+0=12) AND (fSub >= 148) AND "
+                                            "((fR4+0 < %1 AND fR2+0 > %2)) WITH OWNERACCESS OPTION;")
                                  .arg(h)
                                  .arg(l),
                              km::Snapshot);
+        struct Series {
+            qint64 id;
+            QByteArray start, rule; // field forms, still encrypted
+        };
+        std::vector<Series> series;
+        for (; !rows->Eof(); rows->MoveNext())
+            series.push_back({rows->GetColumn(QStringLiteral("fPK")).toLongLong(),
+                              rows->GetColumn(QStringLiteral("fT1")).toByteArray(),
+                              rows->GetColumn(QStringLiteral("fT3")).toByteArray()});
+        std::sort(series.begin(), series.end(), [](const Series &a, const Series &b) { return a.id < b.id; });
         std::vector<qint32> starts;
-        for (; !rows->Eof(); rows->MoveNext()) {
-            const qint32 start =
-                StartOfField(rows->GetColumn(QStringLiteral("fT1")).toByteArray()).value_or(0);
-            km::SecureBytes rule =
-                CRY::DecryptFieldBytes(rows->GetColumn(QStringLiteral("fT3")).toByteArray());
+        for (const Series &one : series) {
+            const qint32 start = StartOfField(one.start).value_or(0);
+            km::SecureBytes rule = CRY::DecryptFieldBytes(one.rule);
             starts.clear();
             ExpandRecurrence(firstMoment, lastMoment, MinuteOfDayOfMoment(start),
                              QByteArrayView(reinterpret_cast<const char *>(rule.data()),
@@ -123,7 +138,7 @@ std::vector<Occurrence> CollectOccurrences(km::StoreDb &store, const QDate &firs
                              starts);
             km::wipe(rule);
             if (starts.empty()) continue;
-            const qint64 id = rows->GetColumn(QStringLiteral("fPK")).toLongLong();
+            const qint64 id = one.id;
             for (const qint32 s : starts)
                 out.push_back({id, s});
         }
@@ -135,8 +150,8 @@ std::vector<Occurrence> CollectOccurrences(km::StoreDb &store, const QDate &firs
         const DateKeyValue hi = DateKey(last, DayKey);
         const qint64 width = static_cast<qint64>(hi.high) - hi.low + 1;
         auto rows =
-            store.OpenRowSet(QStringLiteral("SELECT fPK, fT1 FROM tt WHERE ((fSec=12) AND (fSub < 148) AND (fR3 "
-                                            "Between %1 And %2)) ORDER BY Int([fR3]/%3), fR1 WITH "
+            store.OpenRowSet(QStringLiteral("SELECT fPK, fT1 FROM tt WHERE ((fSec+0=12) AND (fSub < 148) AND (fR3 "
+                                            "Between %1 And %2)) ORDER BY Int([fR3]/%3), fR1, fPK WITH "
                                             "OWNERACCESS OPTION;")
                                  .arg(lo.low)
                                  .arg(hi.high)

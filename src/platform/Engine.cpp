@@ -649,9 +649,26 @@ struct RowSet::Impl {
     }
     qint64 currentKey() const { return live ? key : cell(keyCol).toLongLong(); }
 
+    // Names match without regard to case. Every section looks its columns up
+    // by name on each row, so the common case, ASCII names, is settled here
+    // unit by unit; only a name with other characters goes to Qt's case folding.
+    static bool sameName(const QString &a, const QString &b) {
+        if (a.size() != b.size()) return false; // case folds one UTF-16 unit to one
+        const QChar *p = a.constData();
+        const QChar *q = b.constData();
+        for (qsizetype i = 0; i < a.size(); ++i) {
+            const int x = p[i].unicode(), y = q[i].unicode();
+            if (x == y) continue;
+            if (x >= 0x80 || y >= 0x80) return a.compare(b, Qt::CaseInsensitive) == 0;
+            const int lx = x >= 'A' && x <= 'Z' ? x + 32 : x;
+            const int ly = y >= 'A' && y <= 'Z' ? y + 32 : y;
+            if (lx != ly) return false;
+        }
+        return true;
+    }
     int column(const QString &name) const {
         for (int c = 0; c < ncols; ++c) {
-            if (names[static_cast<size_t>(c)].compare(name, Qt::CaseInsensitive) == 0) return c;
+            if (sameName(names[static_cast<size_t>(c)], name)) return c;
         }
         fail(EngineErr::ItemNotFound, QStringLiteral("Item not found in this collection: %1.").arg(name));
     }

@@ -24,8 +24,8 @@ namespace {
 
 constexpr qint64 PriorityRange = 2147483647;
 
-bool flagOf(RowSet &rows, const char *column) {
-    return rows.GetColumn(QLatin1String(column)).toInt() != 0;
+bool flagOf(RowSet &rows, const QString &column) {
+    return rows.GetColumn(column).toInt() != 0;
 }
 
 QString message(int row) {
@@ -50,9 +50,9 @@ Task ReadTaskColumns(RowSet &rows) {
     t.completedDate =
         CALENDAR::DayFromKey(rows.GetColumn(QStringLiteral("fR2")).toInt(), CALENDAR::SeriesEndKey);
     t.due = CALENDAR::DayFromKey(rows.GetColumn(QStringLiteral("fR3")).toInt(), CALENDAR::SeriesStartKey);
-    t.hasDue = flagOf(rows, "fF1");
-    t.hasNote = flagOf(rows, "fF2");
-    t.completed = flagOf(rows, "fF3");
+    t.hasDue = flagOf(rows, QStringLiteral("fF1"));
+    t.hasNote = flagOf(rows, QStringLiteral("fF2"));
+    t.completed = flagOf(rows, QStringLiteral("fF3"));
     t.category = rows.GetColumn(QStringLiteral("fG1")).toInt();
     return t;
 }
@@ -117,9 +117,22 @@ bool IsOverdue(const Task &task, const QDate &today) {
 
 QString SortKey(const Task &task, const QDate &today) {
     const bool past = task.hasDue && task.due < CALENDAR::DayNumber(today);
-    QString key = task.completed ? QStringLiteral("1") : QStringLiteral("0");
-    key += past ? QStringLiteral("0") : QStringLiteral("1");
-    key += task.hasDue ? QStringLiteral("0%1").arg(task.due, 6, 10, QLatin1Char('0')) : QStringLiteral("1999999");
+    // Built a character at a time: the list makes one for every row it shows.
+    QString key;
+    key.reserve(10);
+    key += QLatin1Char(task.completed ? '1' : '0');
+    key += QLatin1Char(past ? '0' : '1');
+    if (!task.hasDue) {
+        key += QLatin1String("1999999");
+    } else if (task.due >= 0) {
+        const QString digits = QString::number(task.due);
+        key += QLatin1Char('0');
+        for (qsizetype i = digits.size(); i < 6; ++i)
+            key += QLatin1Char('0');
+        key += digits;
+    } else {
+        key += QStringLiteral("0%1").arg(task.due, 6, 10, QLatin1Char('0'));
+    }
     key += QString::number(task.priority);
     return key;
 }
@@ -286,8 +299,7 @@ QString frmTodo::shortDate(const QDate &date) const {
     return *it;
 }
 
-TodoItem frmTodo::itemOf(const TODO::Task &task) const {
-    const QDate today = ctx.clock.dateTime().date();
+TodoItem frmTodo::itemOf(const TODO::Task &task, const QDate &today) const {
     TodoItem item;
     item.tag = task.id;
     item.checked = task.completed;
@@ -322,12 +334,14 @@ void frmTodo::showListitems() {
     const bool showPrivate = ctx.shell.privateShown();
     ctx.shell.setBusy(this, true);
     QList<TodoItem> items;
+    // One day for the whole list: what is overdue is judged alike on every row.
+    const QDate today = ctx.clock.dateTime().date();
     try {
         auto rows = ctx.store.OpenRowSet(sql, Snapshot);
         for (; !rows->Eof(); rows->MoveNext()) {
             const TODO::Task task = TODO::ReadListedTask(*rows);
             if (task.Private && !showPrivate) continue;
-            items.append(itemOf(task));
+            items.append(itemOf(task, today));
         }
     } catch (...) {
         ctx.shell.setBusy(this, false);

@@ -209,7 +209,7 @@ private:
     void saveAndShow();
     void select(qint64 tag);
     void sortOn(int column, bool descending);
-    TodoItem itemOf(const TODO::Task &task) const;
+    TodoItem itemOf(const TODO::Task &task, const QDate &today) const;
     QString shortDate(const QDate &date) const;
 
     SectionContext ctx;

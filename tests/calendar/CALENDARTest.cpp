@@ -304,6 +304,20 @@ TEST_F(CalendarStore, CollectsSeriesAndSinglesOfTheDaysOnly) {
                      QStringLiteral("%1 03-05 660").arg(weekly), QStringLiteral("%1 03-06 600").arg(daily)}));
 }
 
+TEST_F(CalendarStore, SeriesAtOneStartComeInTheOrderTheyWereWrittenWhateverTheirDrawnSub) {
+    // Each series row draws its fSub; eight of them at one minute are listed
+    // by row id all the same, and before a single row at that minute.
+    const qint64 single = WriteAppointment(0, this->single("2024-03-05", 600));
+    QStringList expected;
+    for (int i = 0; i < 8; ++i) {
+        const qint64 id =
+            WriteAppointment(0, series(Rule(RedoDaily, 0, 1, "2024-03-01", "2024-03-09"), "2024-03-01", 600));
+        expected << QStringLiteral("%1 03-05 600").arg(id);
+    }
+    expected << QStringLiteral("%1 03-05 600").arg(single);
+    EXPECT_EQ(occurrences("2024-03-05", "2024-03-05"), expected);
+}
+
 TEST_F(CalendarStore, RowsBeforeTheOriginsStayInTheirOwnDay) {
     const qint64 old = WriteAppointment(0, single("1980-05-05", 600));
     WriteAppointment(0, single("1980-05-06", 600));

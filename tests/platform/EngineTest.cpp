@@ -566,3 +566,16 @@ TEST_F(EngineTest, RowSetsOfAClosedStoreFailCleanly) {
 }
 
 } // namespace
+
+TEST_F(EngineTest, ColumnsAreFoundByNameInAnyCaseAndOnlyByTheirWholeName) {
+    addRows(1);
+    auto rows = db->OpenRowSet(
+        QStringLiteral("SELECT fPK, fR1, [fR1] + 1 AS fR10, [fR1] + 2 AS [Größe], [fR1] + 3 AS fR FROM tt"));
+    EXPECT_EQ(rows->GetColumn(QStringLiteral("FR1")).toLongLong(), rows->GetColumn(QStringLiteral("fR1")).toLongLong());
+    EXPECT_EQ(rows->GetColumn(QStringLiteral("fr10")).toLongLong(), rows->GetColumn(QStringLiteral("fR1")).toLongLong() + 1);
+    EXPECT_EQ(rows->GetColumn(QStringLiteral("fr")).toLongLong(), rows->GetColumn(QStringLiteral("fR1")).toLongLong() + 3);
+    // Letters beyond ASCII are matched without regard to case too.
+    EXPECT_EQ(rows->GetColumn(QStringLiteral("GRÖßE")).toLongLong(), rows->GetColumn(QStringLiteral("fR1")).toLongLong() + 2);
+    EXPECT_EQ(errorOf([&] { rows->GetColumn(QStringLiteral("fR2")); }), EngineErr::ItemNotFound);
+    EXPECT_EQ(errorOf([&] { rows->GetColumn(QStringLiteral("fPK ")); }), EngineErr::ItemNotFound);
+}

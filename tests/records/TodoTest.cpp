@@ -350,3 +350,20 @@ TEST_F(TodoTest, TheContextMenuSetsPriorityAndDueDate) {
 }
 
 } // namespace
+
+TEST(TodoSortKey, PadsTheDueDayToSixDigitsAfterTheCompletedAndPastMarks) {
+    km::TODO::Task t;
+    t.priority = 2;
+    const QDate today(2024, 5, 6);
+    EXPECT_EQ(km::TODO::SortKey(t, today), QStringLiteral("0119999992"));
+    t.hasDue = true;
+    t.completed = true;
+    for (const qint64 due : {qint64(0), qint64(7), qint64(45678), qint64(123456), qint64(1234567)}) {
+        t.due = due;
+        const QString marks = due < day(2024, 5, 6) ? QStringLiteral("10") : QStringLiteral("11");
+        EXPECT_EQ(km::TODO::SortKey(t, today), marks + QStringLiteral("0%1").arg(due, 6, 10, QLatin1Char('0')) + "2")
+            << due;
+    }
+    t.due = -5;
+    EXPECT_EQ(km::TODO::SortKey(t, today), QStringLiteral("100-000052")); // the sign before the padding
+}
